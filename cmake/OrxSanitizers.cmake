@@ -1,0 +1,10 @@
+# ORX_SANITIZE=address builds with ASan+UBSan, ORX_SANITIZE=thread with TSan.
+if(ORX_SANITIZE STREQUAL "address")
+  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+elseif(ORX_SANITIZE STREQUAL "thread")
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+elseif(NOT ORX_SANITIZE STREQUAL "")
+  message(FATAL_ERROR "ORX_SANITIZE must be empty, 'address' or 'thread', not '${ORX_SANITIZE}'")
+endif()
