@@ -3,7 +3,7 @@
 
 // Declares one value member of an entity description with its getter and
 // setter: VCC_PROPERTY(uint16_t, ServiceId) gives GetServiceId(), SetServiceId()
-// and the member serviceId_. Descriptions are plain data filled by the core
+// and the member ServiceId_. Descriptions are plain data filled by the core
 // from the deployment; the accessors keep the core's calling convention.
 #define VCC_PROPERTY(Type, Name)        \
   public:                               \
