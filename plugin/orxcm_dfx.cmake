@@ -1,0 +1,16 @@
+# liborxcm_dfx.so: the DFX plug-in. Sources are picked up from its folders so
+# each part can grow without touching this file.
+file(GLOB ORXCM_DFX_SOURCES CONFIGURE_DEPENDS
+  ${CMAKE_CURRENT_SOURCE_DIR}/orxmaintaind/*.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/config/*.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/maintaind/*.cpp)
+
+if(ORXCM_DFX_SOURCES)
+  add_library(orxcm_dfx SHARED ${ORXCM_DFX_SOURCES})
+  # Plug-in headers are included as "orxmaintaind/...", "config/...", "maintaind/...".
+  target_include_directories(orxcm_dfx PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(orxcm_dfx
+    PUBLIC vcc_com vcc_types vcc_base kelda_log orx_config orx_maintaind_types maintaind_msg
+    PRIVATE Threads::Threads)
+  orx_target_warnings(orxcm_dfx)
+endif()
