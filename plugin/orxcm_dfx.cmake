@@ -1,9 +1,14 @@
 # liborxcm_dfx.so: the DFX plug-in. Sources are picked up from its folders so
 # each part can grow without touching this file.
-file(GLOB ORXCM_DFX_SOURCES CONFIGURE_DEPENDS
-  ${CMAKE_CURRENT_SOURCE_DIR}/orxmaintaind/*.cpp
-  ${CMAKE_CURRENT_SOURCE_DIR}/config/*.cpp
-  ${CMAKE_CURRENT_SOURCE_DIR}/maintaind/*.cpp)
+#
+# Link order is initialisation order: the static initialisers of a shared
+# object run in the order its objects were linked. The DDS configuration
+# provider (config/) must register with the core before the maintenance client
+# (orxmaintaind/), so config/ comes first.
+file(GLOB ORXCM_DFX_CONFIG_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/config/*.cpp)
+file(GLOB ORXCM_DFX_CLIENT_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/orxmaintaind/*.cpp)
+file(GLOB ORXCM_DFX_LISTENER_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/maintaind/*.cpp)
+set(ORXCM_DFX_SOURCES ${ORXCM_DFX_CONFIG_SOURCES} ${ORXCM_DFX_CLIENT_SOURCES} ${ORXCM_DFX_LISTENER_SOURCES})
 
 if(ORXCM_DFX_SOURCES)
   add_library(orxcm_dfx SHARED ${ORXCM_DFX_SOURCES})
