@@ -1,0 +1,182 @@
+#include "backend.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+
+namespace ara::kelda::common::log::detail {
+namespace {
+
+constexpr const char* kLevelVariable = "ORX_LOG_LEVEL";
+constexpr const char* kFileVariable = "ORX_LOG_FILE";
+constexpr const char* kInitialContext = "DEFAULT";
+
+int64_t NowNs(clockid_t clock) {
+    struct timespec ts {};
+    clock_gettime(clock, &ts);
+    return static_cast<int64_t>(ts.tv_sec) * 1000000000 + ts.tv_nsec;
+}
+
+uint64_t CurrentThreadId() {
+    thread_local const uint64_t id = static_cast<uint64_t>(::gettid());
+    return id;
+}
+
+// The level named by ORX_LOG_LEVEL, if that is set and valid. *invalid is set when it is set
+// but not a level name.
+bool LevelFromEnvironment(LogLevel* level, std::string* invalid) {
+    const char* value = std::getenv(kLevelVariable);
+    if (value == nullptr || *value == '\0') {
+        return false;
+    }
+    if (ParseLevel(value, level)) {
+        return true;
+    }
+    *invalid = value;
+    return false;
+}
+
+thread_local bool t_insideSink = false;
+
+}  // namespace
+
+Backend& Backend::Instance() {
+    // Never destroyed: loggers must outlive every other static object.
+    static Backend* const instance = new Backend();
+    return *instance;
+}
+
+Backend::Backend() : defaultContext_(kInitialContext) {
+    LogLevel level = LogLevel::kInfo;
+    std::string ignored;
+    LevelFromEnvironment(&level, &ignored);
+    console_ = std::make_shared<ConsoleSink>(level);
+    sinks_.push_back(console_);
+    minLevel_.store(static_cast<uint8_t>(level), std::memory_order_relaxed);
+}
+
+void Backend::Emit(const std::string& contextId, LogLevel level, std::string text,
+                   uint32_t suppressed) {
+    if (t_insideSink) {
+        return;
+    }
+    LogRecord record{
+        level,      std::string(),     contextId, std::move(text), NowNs(CLOCK_REALTIME),
+        ::getpid(), CurrentThreadId(), suppressed};
+    std::lock_guard<std::mutex> lock(mutex_);
+    record.appId = appId_;
+    t_insideSink = true;
+    for (const auto& sink : sinks_) {
+        if (level >= sink->Threshold()) {
+            try {
+                sink->Write(record);
+            } catch (...) {
+                // A failing sink must not take the line away from the others.
+            }
+        }
+    }
+    t_insideSink = false;
+}
+
+bool Backend::AllowLimited(const LogLimitConfig& limit, uint32_t* suppressed) {
+    const int64_t now = NowNs(CLOCK_MONOTONIC);
+    std::lock_guard<std::mutex> lock(limiterMutex_);
+    return limiter_.Allow(limit, now, suppressed);
+}
+
+void Backend::AddSink(std::shared_ptr<LogSink> sink) {
+    if (!sink) {
+        return;
+    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (std::find(sinks_.begin(), sinks_.end(), sink) == sinks_.end()) {
+        sinks_.push_back(std::move(sink));
+    }
+    RecomputeMinLevelLocked();
+}
+
+void Backend::RemoveSink(const std::shared_ptr<LogSink>& sink) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    sinks_.erase(std::remove(sinks_.begin(), sinks_.end(), sink), sinks_.end());
+    if (sink == file_) {
+        file_.reset();
+    }
+    RecomputeMinLevelLocked();
+}
+
+void Backend::SetConsoleThreshold(LogLevel level) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    console_->SetThreshold(level);
+    RecomputeMinLevelLocked();
+}
+
+LogLevel Backend::ConsoleThreshold() const {
+    return console_->Threshold();
+}
+
+void Backend::RefreshThresholds() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    RecomputeMinLevelLocked();
+}
+
+void Backend::RecomputeMinLevelLocked() {
+    LogLevel lowest = LogLevel::kOff;
+    for (const auto& sink : sinks_) {
+        lowest = std::min(lowest, sink->Threshold());
+    }
+    minLevel_.store(static_cast<uint8_t>(lowest), std::memory_order_relaxed);
+}
+
+void Backend::Configure(const std::string& appId, const std::string& contextId, LogLevel level,
+                        const std::string& description) {
+    std::string invalidLevel;
+    LevelFromEnvironment(&level, &invalidLevel);
+    const char* fileVariable = std::getenv(kFileVariable);
+    const std::string filePath = fileVariable == nullptr ? std::string() : fileVariable;
+    std::string fileError;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        appId_ = appId;
+        defaultContext_ = contextId;
+        description_ = description;
+        console_->SetThreshold(level);
+        if (!filePath.empty()) {
+            if (file_ && file_->Path() == filePath) {
+                file_->SetThreshold(level);
+            } else if (auto file = FileSink::Open(filePath, level, &fileError)) {
+                sinks_.erase(std::remove(sinks_.begin(), sinks_.end(), file_), sinks_.end());
+                file_ = file;
+                sinks_.push_back(std::move(file));
+            }
+        }
+        RecomputeMinLevelLocked();
+    }
+    // Reported after the lock is released: reporting goes through Emit.
+    if (!invalidLevel.empty()) {
+        GetLog(contextId)->LogWarn()
+            << "[Log][Invalid " << kLevelVariable << " ignored][value=" << invalidLevel
+            << ", used=" << LevelName(level) << "]";
+    }
+    if (!fileError.empty()) {
+        GetLog(contextId)->LogWarn()
+            << "[Log][Cannot open log file][file=" << filePath << ", reason=" << fileError << "]";
+    }
+}
+
+std::shared_ptr<Log> Backend::GetLog(const std::string& contextId) {
+    std::lock_guard<std::mutex> lock(registryMutex_);
+    auto& slot = logs_[contextId];
+    if (!slot) {
+        slot = std::make_shared<Log>(contextId);
+    }
+    return slot;
+}
+
+std::string Backend::DefaultContext() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return defaultContext_;
+}
+
+}  // namespace ara::kelda::common::log::detail
