@@ -1,0 +1,34 @@
+#ifndef VORX_VCC_DFX_PLUGIN_LOADER_H
+#define VORX_VCC_DFX_PLUGIN_LOADER_H
+
+#include <string>
+
+#include "vorx/vcc/export.h"
+
+namespace vorx::vcc {
+
+// Loads the DFX plug-in (liborxcm_dfx.so), whose static initialisers register its singletons
+// with RegisterDfxInterface. The process runs on without maintenance reporting when there is
+// none.
+class VCC_EXPORT DfxPluginLoader {
+  public:
+    // Opens the plug-in with dlopen(RTLD_NOW | RTLD_GLOBAL). The path is `path` if not empty,
+    // else $ORX_DFX_PLUGIN if set and not empty, else the plug-in path of orx.json.
+    // Returns true when the plug-in is loaded and a maintenance interface is registered.
+    // Returns false:
+    //  - quietly (one info line) when no path is configured anywhere;
+    //  - with one warning line naming the path and the dlerror() text when the file is missing
+    //    or not a loadable library;
+    //  - with one warning line when the library loaded but registered no maintenance interface.
+    // After a successful load, later calls do nothing and return true (the plug-in is loaded at
+    // most once per process); after a failure, a later call may try again. The plug-in is never
+    // unloaded. Thread-safe; concurrent calls are serialised.
+    static bool Load(const std::string& path = "");
+
+    // True once Load has succeeded.
+    static bool Loaded();
+};
+
+}  // namespace vorx::vcc
+
+#endif  // VORX_VCC_DFX_PLUGIN_LOADER_H

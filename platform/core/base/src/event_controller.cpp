@@ -1,0 +1,260 @@
+#include "vorx/vcc/event_controller.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <tuple>
+#include <unordered_map>
+#include <utility>
+
+#include "ara/kelda/common/log/log.h"
+
+namespace vorx::vcc {
+namespace {
+
+using ara::kelda::common::log::Log;
+
+struct Job {
+    Job(EventHandle h, EventScheduleMode m, std::function<void()> t, long s, long p)
+        : handle(h), mode(m), task(std::move(t)), start(s), period(p) {}
+    const EventHandle handle;
+    const EventScheduleMode mode;
+    const std::function<void()> task;
+    // The members below are guarded by the controller's mutex.
+    long start;             // next start, absolute monotonic ns
+    const long period;      // ns, cyclic jobs only
+    std::uint64_t seq = 0;  // insertion order, breaks ties between equal starts
+    bool queued = false;    // in the queue right now
+};
+
+// Queue position of a job: start first, then insertion order.
+using QueueKey = std::tuple<long, std::uint64_t, EventHandle>;
+
+QueueKey KeyOf(const Job& job) {
+    return QueueKey(job.start, job.seq, job.handle);
+}
+
+std::chrono::steady_clock::time_point ToSteady(long monoNs) {
+    // steady_clock is CLOCK_MONOTONIC on Linux, the same clock as GetCurMonoTime().
+    return std::chrono::steady_clock::time_point(std::chrono::nanoseconds(monoNs));
+}
+
+}  // namespace
+
+class EventController::Impl {
+  public:
+    Impl() : log_(Log::GetLog("CM")) {}
+
+    void Start(const std::shared_ptr<Impl>& self) {
+        // The worker keeps the state alive, so a controller destroyed from inside one of its
+        // own jobs can detach the worker and let it finish on its own.
+        worker_ = std::thread([self] { self->Run(); });
+        std::lock_guard<std::mutex> lock(mutex_);
+        workerId_ = worker_.get_id();
+    }
+
+    void Stop() {
+        std::unordered_map<EventHandle, std::shared_ptr<Job>> dropped;
+        bool onWorker = false;
+        {
+            std::unique_lock<std::mutex> lock(mutex_);
+            stop_ = true;
+            dropped.swap(jobs_);
+            queue_.clear();
+            wakeCv_.notify_all();
+            onWorker = std::this_thread::get_id() == workerId_;
+        }
+        dropped.clear();  // tasks die outside the lock
+        if (onWorker) {
+            worker_.detach();
+        } else if (worker_.joinable()) {
+            worker_.join();
+        }
+    }
+
+    EventHandle NewEvent(EventScheduleMode mode, const std::function<void()>& task, long start,
+                         long period) {
+        if (!task) {
+            log_->LogWarn() << "[EventController][Refused to create a job without a task]";
+            return kInvalidEventHandle;
+        }
+        if (mode == EventScheduleMode::kCyclic && period <= 0) {
+            log_->LogWarn() << "[EventController][Refused to create a cyclic job][period=" << period
+                            << "]";
+            return kInvalidEventHandle;
+        }
+        std::lock_guard<std::mutex> lock(mutex_);
+        const EventHandle handle = NextHandleLocked();
+        jobs_.emplace(handle, std::make_shared<Job>(handle, mode, task, start, period));
+        return handle;
+    }
+
+    bool InsertEvent(EventHandle handle) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto it = jobs_.find(handle);
+        if (it == jobs_.end()) {
+            return false;
+        }
+        Job& job = *it->second;
+        if (!job.queued) {
+            QueueLocked(job);
+        }
+        return true;
+    }
+
+    void DelEvent(EventHandle handle) {
+        std::shared_ptr<Job> victim;  // declared first: dies after the lock is released
+        std::unique_lock<std::mutex> lock(mutex_);
+        auto it = jobs_.find(handle);
+        if (it != jobs_.end()) {
+            victim = std::move(it->second);
+            jobs_.erase(it);
+            if (victim->queued) {
+                queue_.erase(KeyOf(*victim));
+                victim->queued = false;
+            }
+        }
+        if (std::this_thread::get_id() != workerId_) {
+            doneCv_.wait(lock, [this, handle] { return running_ != handle; });
+        }
+    }
+
+    std::size_t PendingCount() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return queue_.size();
+    }
+
+  private:
+    void Run() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        while (!stop_) {
+            if (queue_.empty()) {
+                wakeCv_.wait(lock);
+                continue;
+            }
+            const QueueKey first = *queue_.begin();
+            if (std::get<0>(first) > GetCurMonoTime()) {
+                wakeCv_.wait_until(lock, ToSteady(std::get<0>(first)));
+                continue;
+            }
+            queue_.erase(queue_.begin());
+            std::shared_ptr<Job> job = jobs_.at(std::get<2>(first));
+            job->queued = false;
+            running_ = job->handle;
+            lock.unlock();
+
+            RunGuarded(*job);
+
+            lock.lock();
+            running_ = kInvalidEventHandle;
+            FinishLocked(job);
+            doneCv_.notify_all();
+            lock.unlock();
+            job.reset();  // may destroy the task: never under the lock
+            lock.lock();
+        }
+    }
+
+    void RunGuarded(const Job& job) {
+        try {
+            job.task();
+        } catch (const std::exception& e) {
+            log_->LogError() << "[EventController][Job threw an exception, the worker goes on]"
+                             << "[handle=" << job.handle << ", what=" << e.what() << "]";
+        } catch (...) {
+            log_->LogError() << "[EventController][Job threw an exception, the worker goes on]"
+                             << "[handle=" << job.handle << ", what=unknown]";
+        }
+    }
+
+    // After a run: requeue a cyclic job on its grid, forget a one-shot job. A job that was
+    // deleted or re-inserted while it ran is left as it is.
+    void FinishLocked(const std::shared_ptr<Job>& job) {
+        auto it = jobs_.find(job->handle);
+        if (it == jobs_.end() || it->second != job || job->queued) {
+            return;
+        }
+        if (job->mode != EventScheduleMode::kCyclic) {
+            jobs_.erase(it);
+            return;
+        }
+        long next = job->start + job->period;
+        const long now = GetCurMonoTime();
+        if (now - next >= job->period) {
+            // Fell behind by more than a period: skip to the latest slot that is due.
+            next += ((now - next) / job->period) * job->period;
+        }
+        job->start = next;
+        QueueLocked(*job);
+    }
+
+    void QueueLocked(Job& job) {
+        job.seq = nextSeq_++;
+        job.queued = true;
+        const auto pos = queue_.insert(KeyOf(job)).first;
+        if (pos == queue_.begin()) {
+            wakeCv_.notify_one();  // the worker may sleep until a later start
+        }
+    }
+
+    EventHandle NextHandleLocked() {
+        for (;;) {
+            const EventHandle candidate = nextHandle_++;
+            if (candidate != kInvalidEventHandle && candidate != 0xFFFFFFFFU &&
+                jobs_.count(candidate) == 0 && candidate != running_) {
+                return candidate;
+            }
+        }
+    }
+
+    const std::shared_ptr<Log> log_;
+    std::thread worker_;
+
+    mutable std::mutex mutex_;
+    std::condition_variable wakeCv_;                              // worker: new front job, or stop
+    std::condition_variable doneCv_;                              // DelEvent: the running job ended
+    std::unordered_map<EventHandle, std::shared_ptr<Job>> jobs_;  // guarded by mutex_
+    std::set<QueueKey> queue_;                                    // guarded by mutex_
+    std::uint64_t nextSeq_ = 0;                                   // guarded by mutex_
+    EventHandle nextHandle_ = 1;                                  // guarded by mutex_
+    EventHandle running_ = kInvalidEventHandle;                   // guarded by mutex_
+    std::thread::id workerId_;                                    // guarded by mutex_
+    bool stop_ = false;                                           // guarded by mutex_
+};
+
+std::shared_ptr<EventController> EventController::GetInstance() {
+    // Leaked on purpose, see the header: it must outlive every static destructor.
+    static auto* const instance =
+        new std::shared_ptr<EventController>(std::make_shared<EventController>());
+    return *instance;
+}
+
+EventController::EventController() : impl_(std::make_shared<Impl>()) {
+    impl_->Start(impl_);
+}
+
+EventController::~EventController() {
+    impl_->Stop();
+}
+
+EventHandle EventController::NewEvent(EventScheduleMode mode, const std::function<void()>& task,
+                                      long start, long period) {
+    return impl_->NewEvent(mode, task, start, period);
+}
+
+bool EventController::InsertEvent(const EventHandle& handle) {
+    return impl_->InsertEvent(handle);
+}
+
+void EventController::DelEvent(const EventHandle& handle) {
+    impl_->DelEvent(handle);
+}
+
+std::size_t EventController::PendingCount() const {
+    return impl_->PendingCount();
+}
+
+}  // namespace vorx::vcc
