@@ -1,0 +1,119 @@
+#include <chrono>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "ara/kelda/common/log/log.h"
+#include "ara/kelda/common/log/testing.h"
+#include "quiet_console.h"
+#include "rate_limiter.h"
+
+namespace {
+
+using namespace ara::kelda::common::log;
+using detail::RateLimiter;
+
+constexpr int64_t kMs = 1000000;
+
+TEST(RateLimiterTest, CountsLinesPerPeriodAndKeyAndReportsDropsOnRollOver) {
+    RateLimiter limiter;
+    const LogLimitConfig a{100, 2, "a"};
+    const LogLimitConfig b{100, 2, "b"};
+    uint32_t suppressed = 99;
+
+    EXPECT_TRUE(limiter.Allow(a, 0, &suppressed));
+    EXPECT_EQ(suppressed, 0u);
+    EXPECT_TRUE(limiter.Allow(a, 10 * kMs, &suppressed));
+    EXPECT_FALSE(limiter.Allow(a, 20 * kMs, &suppressed));
+    EXPECT_FALSE(limiter.Allow(a, 99 * kMs, &suppressed));
+    // Another key has its own window.
+    EXPECT_TRUE(limiter.Allow(b, 99 * kMs, &suppressed));
+    EXPECT_EQ(suppressed, 0u);
+    EXPECT_FALSE(limiter.Allow(a, 99 * kMs, &suppressed));
+
+    // The window of "a" started at 0: at 100 ms a new one begins, and its first line carries the
+    // three drops.
+    EXPECT_TRUE(limiter.Allow(a, 100 * kMs, &suppressed));
+    EXPECT_EQ(suppressed, 3u);
+    EXPECT_TRUE(limiter.Allow(a, 150 * kMs, &suppressed));
+    EXPECT_EQ(suppressed, 0u);
+    EXPECT_FALSE(limiter.Allow(a, 199 * kMs, &suppressed));
+    // "b" started its window at 99 ms: one line left until 199 ms.
+    EXPECT_TRUE(limiter.Allow(b, 198 * kMs, &suppressed));
+    EXPECT_FALSE(limiter.Allow(b, 198 * kMs, &suppressed));
+}
+
+TEST(RateLimiterTest, ZeroCountDropsEverythingAndZeroPeriodNeverLimits) {
+    RateLimiter limiter;
+    uint32_t suppressed = 0;
+    const LogLimitConfig never{1000, 0, "never"};
+    EXPECT_FALSE(limiter.Allow(never, 0, &suppressed));
+    EXPECT_FALSE(limiter.Allow(never, 5000 * kMs, &suppressed));
+
+    const LogLimitConfig always{0, 1, "always"};
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_TRUE(limiter.Allow(always, 0, &suppressed));
+    }
+}
+
+TEST(DefaultLimitConfigTest, FiveLinesPerSecond) {
+    const LogLimitConfig limit = DefaultLimitConfig("key");
+    EXPECT_EQ(limit.periodMs, 1000u);
+    EXPECT_EQ(limit.count, 5u);
+    EXPECT_EQ(limit.key, "key");
+}
+
+using RateLimitedWarningTest = QuietConsoleTest;
+
+TEST_F(RateLimitedWarningTest, DropsLinesOverTheLimitAndCountsThemOnTheNextLine) {
+    ScopedCaptureSink capture;
+    auto log = Log::GetLog("LIMIT");
+    const LogLimitConfig limit{500, 2, "RateLimitedWarningTest"};
+
+    const auto before = std::chrono::steady_clock::now();
+    log->LogWarn(limit) << "limited " << 0;
+    const auto windowStartedBy = std::chrono::steady_clock::now();
+    for (int i = 1; i < 5; ++i) {
+        log->LogWarn(limit) << "limited " << i;
+    }
+    // Other keys and unlimited warnings are not affected.
+    log->LogWarn(DefaultLimitConfig("RateLimitedWarningTest_other")) << "other key";
+    log->LogWarn() << "unlimited";
+    const auto elapsed = std::chrono::steady_clock::now() - before;
+
+    if (elapsed < std::chrono::milliseconds(500)) {
+        EXPECT_EQ(capture->CountContaining(LogLevel::kWarn, "limited "), 2u) << capture->Dump();
+        EXPECT_TRUE(capture->Contains(LogLevel::kWarn, "limited 0"));
+        EXPECT_TRUE(capture->Contains(LogLevel::kWarn, "limited 1"));
+    }
+    EXPECT_TRUE(capture->Contains(LogLevel::kWarn, "other key"));
+    EXPECT_TRUE(capture->Contains(LogLevel::kWarn, "unlimited"));
+
+    // After the period the key may write again; the line's text is unchanged and the three
+    // dropped lines are reported beside it.
+    std::this_thread::sleep_until(windowStartedBy + std::chrono::milliseconds(500));
+    capture->Clear();
+    log->LogWarn(limit) << "after the period";
+    const auto records = capture->Records();
+    ASSERT_EQ(records.size(), 1u) << capture->Dump();
+    EXPECT_EQ(records[0].text, "after the period");
+    EXPECT_EQ(records[0].suppressed, 3u);
+}
+
+TEST_F(RateLimitedWarningTest, WarningsNobodyTakesDoNotUseUpTheLimit) {
+    ScopedCaptureSink capture(LogLevel::kError);
+    auto log = Log::GetLog("LIMIT");
+    const LogLimitConfig limit{60000, 1, "RateLimitedWarningTest_unseen"};
+
+    log->LogWarn(limit) << "unseen";
+    capture->SetThreshold(LogLevel::kWarn);
+    log->LogWarn(limit) << "seen";
+    log->LogWarn(limit) << "over the limit";
+
+    const auto records = capture->Records();
+    ASSERT_EQ(records.size(), 1u) << capture->Dump();
+    EXPECT_EQ(records[0].text, "seen");
+    EXPECT_EQ(records[0].suppressed, 0u);
+}
+
+}  // namespace
