@@ -80,12 +80,13 @@ public:
     // Runs the lazy initialisation once per process; every read operation calls it first.
     // Throws std::system_error when the once mechanism fails.
     void DoInit();
-    // Takes the network from the configuration; ("BUILTIN_APP_SERVER_FLAG", false) when none is
-    // configured.
-    void ParseOrxConfigNetwork();
 
 private:
     DDSDfxConfig();
+
+    // Takes the network from the configuration; ("BUILTIN_APP_SERVER_FLAG", false) when none is
+    // configured. Runs inside DoInit only.
+    void ParseOrxConfigNetwork();
 
     // Which of the daemon's services a name is: 1 application side, 2 tools side, 0 neither.
     int MatchService(const std::string& serviceName) const;

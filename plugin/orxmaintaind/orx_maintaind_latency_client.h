@@ -127,6 +127,22 @@ public:
     void SendLatencyInfo(const std::shared_ptr<orx::maintaind::LatencyInfo>& info);
 
 private:
+    // The publisher/subscriber lookup shared by DDS and SOME/IP.
+    // REQUIRES: modeMutex_ held by the caller.
+    template <typename Index>
+    bool ReceiveMode(const Index& key, const orx::maintaind::LatencyMode& mode,
+                     orx::maintaind::LatencyModeAckInfo& ack,
+                     const std::map<Index, ModeHandler>& pubHandlers,
+                     const std::map<Index, ModeHandler>& subHandlers, std::set<Index>& enabledSubs,
+                     const char* pubText, const char* subText);
+    // Key parts of a core event description. The instance id text is read as a base-10
+    // unsigned number and cut to 16 bits (throws std::invalid_argument / std::out_of_range
+    // "stoul"). A description that is not of the DDS (SOME/IP) kind has an empty topic name
+    // (event id 0).
+    static uint16_t InstanceIdOf(const EventInfo& info);
+    static std::string TopicNameOf(const EventInfo& info);
+    static uint16_t EventIdOf(const EventInfo& info);
+    // Translates the daemon's mode and calls `handler`. REQUIRES: modeMutex_ held.
     void CallModeHandler(const ModeHandler& handler, const orx::maintaind::LatencyMode& mode);
 
     std::shared_ptr<ara::kelda::common::log::Log> logger_;
