@@ -1,0 +1,84 @@
+// Files that cannot be used as a whole: missing, unreadable, not JSON, not an object.
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
+#include "config_test_fixture.h"
+
+namespace {
+
+using namespace ara::kelda::common::orxConfigParser;
+
+void ExpectNothingConfigured(const ParseJsonToGetConfig& config) {
+    EXPECT_EQ(config.GetAppName(), "");
+    EXPECT_EQ(config.GetLogLevel(), "");
+    EXPECT_EQ(config.GetLogFile(), "");
+    EXPECT_EQ(config.GetPluginPath(), "");
+    EXPECT_EQ(config.GetInstanceId(), "");
+    EXPECT_EQ(config.GetNetworkIp(), std::make_pair(std::string(), false));
+    EXPECT_TRUE(config.GetResourceAttr().empty());
+    EXPECT_EQ(config.Document(), nlohmann::json::object());
+}
+
+TEST_F(ConfigFileTest, MissingFileMeansNotConfiguredWithoutErrors) {
+    const std::string path = Dir() + "/absent.json";
+    ParseJsonToGetConfig config(path);
+    ExpectNothingConfigured(config);
+    EXPECT_EQ(config.FilePath(), path);
+    EXPECT_EQ(OrxConfigParser(path).GetSnapshotConfig().timeoutThreshold, 0u);
+    EXPECT_EQ(Errors(), 0u) << capture_->Dump();
+}
+
+TEST_F(ConfigFileTest, SyntaxErrorIsOneErrorNamingLineAndColumn) {
+    // The trailing comma is only noticed at the closing brace: line 4, column 3.
+    const std::string path = WriteFile(
+        "{\n"
+        "  \"application\": { \"name\": \"demo\" },\n"
+        "  \"dfx\": { \"sampleTimeoutThresholdMs\": 10 },\n"
+        "  }\n");
+    ParseJsonToGetConfig config(path);
+    ExpectNothingConfigured(config);
+    ASSERT_EQ(Errors(), 1u) << capture_->Dump();
+    EXPECT_EQ(ErrorsContaining("[OrxConfigParser][Config file is not valid JSON, treated as not "
+                               "configured][file=" +
+                               path + ", line=4, column=3, reason=syntax error"),
+              1u)
+        << capture_->Dump();
+
+    capture_->Clear();
+    EXPECT_EQ(OrxConfigParser(path).GetSnapshotConfig().timeoutThreshold, 0u);
+    EXPECT_EQ(ErrorsContaining("line=4, column=3"), 1u) << capture_->Dump();
+
+    // An empty file fails at its very start.
+    capture_->Clear();
+    ExpectNothingConfigured(ParseJsonToGetConfig(WriteFile("", "empty.json")));
+    EXPECT_EQ(ErrorsContaining("line=1, column=1"), 1u) << capture_->Dump();
+}
+
+TEST_F(ConfigFileTest, FileThatIsNoObjectOrCannotBeReadIsOneError) {
+    ExpectNothingConfigured(ParseJsonToGetConfig(WriteFile("[1, 2, 3]")));
+    EXPECT_EQ(ErrorsContaining("does not hold a JSON object"), 1u) << capture_->Dump();
+
+    capture_->Clear();
+    ExpectNothingConfigured(ParseJsonToGetConfig(Dir()));  // a directory
+    EXPECT_EQ(ErrorsContaining("[Cannot read config file, treated as not configured][file=" +
+                               Dir() + ", reason=not a regular file]"),
+              1u)
+        << capture_->Dump();
+
+    // Numbers too large for the parser make the file unusable, not the process.
+    capture_->Clear();
+    EXPECT_EQ(OrxConfigParser(WriteFile(R"({"dfx": {"sampleTimeoutThresholdMs": 1e999}})"))
+                  .GetSnapshotConfig()
+                  .timeoutThreshold,
+              0u);
+    EXPECT_EQ(Errors(), 1u) << capture_->Dump();
+
+    // Every one of these lines goes to the "CM" logger.
+    for (const auto& record : capture_->Records()) {
+        EXPECT_EQ(record.contextId, "CM");
+    }
+}
+
+}  // namespace
