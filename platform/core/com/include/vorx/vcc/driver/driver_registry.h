@@ -1,0 +1,65 @@
+#ifndef VORX_VCC_DRIVER_DRIVER_REGISTRY_H
+#define VORX_VCC_DRIVER_DRIVER_REGISTRY_H
+
+#include <array>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "vorx/vcc/api/types/driver_type.h"
+#include "vorx/vcc/driver/driver.h"
+#include "vorx/vcc/driver/in_process_driver.h"
+#include "vorx/vcc/export.h"
+
+namespace vorx::vcc {
+
+// Chooses the driver of each binding (DriverType PROLOC, DDS, SOMEIP) for the whole process.
+//
+// Choice, made on first use of a binding: the environment variable ORX_<BINDING>_DRIVER
+// (ORX_PROLOC_DRIVER, ORX_DDS_DRIVER, ORX_SOMEIP_DRIVER), else the key "drivers" of orx.json
+// ({"drivers": {"proloc": ..., "dds": ..., "someip": ...}}), else "inprocess". The value names a
+// driver: "inprocess" is the process's in-process driver (one instance serves every binding that
+// chooses it, so offers and searches of one binding meet); other names are those registered with
+// RegisterFactory (the DDS driver registers itself when it is linked). An unknown name, or a
+// factory that yields nothing, falls back to "inprocess" with a warning.
+//
+// Tests replace the driver of a binding with SetDriver (e.g. a FaultInjectingDriver around the
+// in-process driver); objects made afterwards use it, objects made before keep theirs.
+//
+// Lifetime: the instance and every driver it hands out are never destroyed, so proxies and
+// skeletons keep working during static destruction at process exit. Thread-safe.
+class VCC_EXPORT DriverRegistry {
+  public:
+    using Factory = std::function<std::shared_ptr<Driver>()>;
+
+    static std::shared_ptr<DriverRegistry> GetInstance();
+
+    // The driver of `binding`; never nullptr.
+    std::shared_ptr<Driver> GetDriver(api::types::DriverType binding);
+    // The process's in-process driver.
+    std::shared_ptr<InProcessDriver> GetInProcessDriver();
+    // Installs `driver` for `binding`; nullptr returns the binding to the configured choice.
+    void SetDriver(api::types::DriverType binding, std::shared_ptr<Driver> driver);
+    // Makes a driver known under `name` for the configuration above. A later registration of the
+    // same name replaces the earlier one.
+    void RegisterFactory(const std::string& name, Factory factory);
+    // The configured driver name of `binding` (environment, orx.json or "inprocess").
+    std::string ConfiguredName(api::types::DriverType binding) const;
+
+    DriverRegistry();
+
+  private:
+    std::shared_ptr<Driver> Create(api::types::DriverType binding);
+
+    mutable std::mutex mutex_;
+    std::shared_ptr<InProcessDriver> inProcess_;           // guarded by mutex_
+    std::array<std::shared_ptr<Driver>, 3> drivers_;       // guarded by mutex_
+    std::map<std::string, Factory> factories_;             // guarded by mutex_
+    std::map<std::string, std::shared_ptr<Driver>> made_;  // guarded by mutex_: one per factory
+};
+
+}  // namespace vorx::vcc
+
+#endif  // VORX_VCC_DRIVER_DRIVER_REGISTRY_H

@@ -1,0 +1,156 @@
+#include "vorx/vcc/driver/fault_injecting_driver.h"
+
+#include <utility>
+
+#include "task_thread.h"
+
+namespace vorx::vcc {
+
+FaultInjectingDriver::FaultInjectingDriver(std::shared_ptr<Driver> inner)
+    : inner_(std::move(inner)), delayer_(std::make_unique<TaskThread>("vcc-fault-delay")) {}
+
+FaultInjectingDriver::~FaultInjectingDriver() = default;
+
+void FaultInjectingDriver::Inject(FaultChannel channel, Fault fault, uint32_t count) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto& queue = faults_[static_cast<size_t>(channel)];
+    for (uint32_t i = 0; i < count; ++i) {
+        queue.push_back(fault);
+    }
+}
+
+void FaultInjectingDriver::Clear() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (auto& queue : faults_) {
+        queue.clear();
+    }
+    requestRewriter_ = nullptr;
+    replyRewriter_ = nullptr;
+}
+
+size_t FaultInjectingDriver::PendingFaults(FaultChannel channel) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return faults_[static_cast<size_t>(channel)].size();
+}
+
+uint64_t FaultInjectingDriver::SendCount(FaultChannel channel) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return sends_[static_cast<size_t>(channel)];
+}
+
+void FaultInjectingDriver::SetRequestRewriter(std::function<void(MethodCall&)> rewriter) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    requestRewriter_ = std::move(rewriter);
+}
+
+void FaultInjectingDriver::SetReplyRewriter(std::function<void(MethodReply&)> rewriter) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    replyRewriter_ = std::move(rewriter);
+}
+
+Fault FaultInjectingDriver::NextFault(FaultChannel channel) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    ++sends_[static_cast<size_t>(channel)];
+    auto& queue = faults_[static_cast<size_t>(channel)];
+    if (queue.empty()) {
+        return Fault::Pass();
+    }
+    Fault fault = queue.front();
+    queue.pop_front();
+    return fault;
+}
+
+bool FaultInjectingDriver::Apply(const Fault& fault, std::function<bool()> forward) {
+    switch (fault.kind) {
+        case Fault::Kind::kDrop:
+            return true;
+        case Fault::Kind::kFail:
+            return false;
+        case Fault::Kind::kDelay:
+            delayer_->PostAt(TaskThread::Clock::now() + fault.delay,
+                             [forward = std::move(forward)] { forward(); });
+            return true;
+        case Fault::Kind::kPass:
+        default:
+            return forward();
+    }
+}
+
+std::string FaultInjectingDriver::Name() const {
+    return "faulty(" + inner_->Name() + ")";
+}
+
+PayloadMode FaultInjectingDriver::GetPayloadMode() const {
+    return inner_->GetPayloadMode();
+}
+
+ProviderId FaultInjectingDriver::Offer(const ServiceDescription& offer, ServerCallbacks callbacks) {
+    return inner_->Offer(offer, std::move(callbacks));
+}
+
+void FaultInjectingDriver::StopOffer(ProviderId provider) {
+    inner_->StopOffer(provider);
+}
+
+FindId FaultInjectingDriver::StartFind(const ServiceDescription& search, FindCallback callback) {
+    return inner_->StartFind(search, std::move(callback));
+}
+
+void FaultInjectingDriver::StopFind(FindId find) {
+    inner_->StopFind(find);
+}
+
+ClientId FaultInjectingDriver::Connect(const HandleType& handle, ClientCallbacks callbacks) {
+    return inner_->Connect(handle, std::move(callbacks));
+}
+
+void FaultInjectingDriver::Disconnect(ClientId client) {
+    inner_->Disconnect(client);
+}
+
+bool FaultInjectingDriver::SendRequest(ClientId client, MethodCall call) {
+    std::function<void(MethodCall&)> rewriter;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        rewriter = requestRewriter_;
+    }
+    if (rewriter) {
+        rewriter(call);
+    }
+    return Apply(NextFault(FaultChannel::kRequest),
+                 [inner = inner_, client, call = std::move(call)]() mutable {
+                     return inner->SendRequest(client, std::move(call));
+                 });
+}
+
+bool FaultInjectingDriver::SendReply(ProviderId provider, MethodReply reply) {
+    std::function<void(MethodReply&)> rewriter;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        rewriter = replyRewriter_;
+    }
+    if (rewriter) {
+        rewriter(reply);
+    }
+    return Apply(NextFault(FaultChannel::kReply),
+                 [inner = inner_, provider, reply = std::move(reply)]() mutable {
+                     return inner->SendReply(provider, std::move(reply));
+                 });
+}
+
+bool FaultInjectingDriver::Publish(ProviderId provider, EventSample sample) {
+    return Apply(NextFault(FaultChannel::kEvent),
+                 [inner = inner_, provider, sample = std::move(sample)]() mutable {
+                     return inner->Publish(provider, std::move(sample));
+                 });
+}
+
+bool FaultInjectingDriver::Subscribe(ClientId client, uint32_t entityId) {
+    return inner_->Subscribe(client, entityId);
+}
+
+void FaultInjectingDriver::Unsubscribe(ClientId client, uint32_t entityId) {
+    inner_->Unsubscribe(client, entityId);
+}
+
+}  // namespace vorx::vcc
