@@ -1,0 +1,555 @@
+#include "vorx/driver/dds/dds_transport.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <ctime>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <random>
+#include <set>
+
+#include "callback_slot.h"
+#include "dispatch_thread.h"
+#include "frame_endpoint.h"
+#include "offer_board.h"
+#include "participant.h"
+#include "peer_topics.h"
+
+namespace vorx {
+namespace driver {
+namespace dds {
+
+namespace {
+
+int64_t ClockNs(clockid_t clock) {
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<int64_t>(now.tv_sec) * 1000000000LL + now.tv_nsec;
+}
+
+uint64_t RandomId() {
+    std::random_device device;
+    std::seed_seq seed{device(), device(), static_cast<unsigned>(getpid()),
+                       static_cast<unsigned>(ClockNs(CLOCK_MONOTONIC))};
+    std::mt19937_64 engine(seed);
+    return engine();
+}
+
+std::string HostName() {
+    char name[256] = {};
+    if (gethostname(name, sizeof(name) - 1) != 0) {
+        return std::string();
+    }
+    return std::string(name);
+}
+
+uint64_t Fnv1a(const std::string& text) {
+    uint64_t hash = 1469598103934665603ull;
+    for (const char c : text) {
+        hash ^= static_cast<uint8_t>(c);
+        hash *= 1099511628211ull;
+    }
+    return hash;
+}
+
+uint64_t ReadBootId() {
+    std::ifstream file("/proc/sys/kernel/random/boot_id");
+    std::string text;
+    if (!std::getline(file, text) || text.empty()) {
+        text = HostName();
+    }
+    return Fnv1a(text) | 1u;
+}
+
+using Slot = CallbackSlot<DdsTransport::FrameHandler>;
+using LostSlot = CallbackSlot<DdsTransport::OfferLostHandler>;
+
+struct Subscription {
+    uint16_t serviceId;
+    std::string instanceId;
+    uint32_t entityId;
+    std::shared_ptr<Slot> slot;
+
+    bool Wants(const Frame& frame) const {
+        return frame.serviceId == serviceId && frame.entityId == entityId &&
+               (IsAnyInstance(instanceId) || frame.instanceId == instanceId);
+    }
+};
+
+}  // namespace
+
+int64_t MonotonicNowNs() {
+    return ClockNs(CLOCK_MONOTONIC);
+}
+int64_t RealtimeNowNs() {
+    return ClockNs(CLOCK_REALTIME);
+}
+
+uint64_t DdsTransport::BootId() {
+    static const uint64_t id = ReadBootId();
+    return id;
+}
+
+int64_t LocalMonotonicSendTime(const Frame& frame) {
+    if (frame.bootId == DdsTransport::BootId()) {
+        return frame.sendTimeMonoNs;
+    }
+    return MonotonicNowNs() - (RealtimeNowNs() - frame.sendTimeRealNs);
+}
+
+class DdsTransport::Impl {
+  public:
+    explicit Impl(std::shared_ptr<Participant> participant)
+        : participant_(std::move(participant)), idBase_(RandomId() & ~0xFFFFFFFFull) {}
+
+    ~Impl() {
+        if (peers_) {
+            peers_->Stop();
+        }
+        if (offers_) {
+            offers_->Stop();
+        }
+        for (auto* thread : {discovery_.get(), receive_.get(), requests_.get()}) {
+            if (thread != nullptr) {
+                thread->Stop();
+            }
+        }
+        std::lock_guard<std::mutex> lock(endpointsMutex_);
+        endpoints_.clear();
+    }
+
+    DdsStatus Start() {
+        DdsStatus status;
+        discovery_ = DispatchThread::Start(participant_->Handle(), "dds-discovery", &status);
+        if (!discovery_) {
+            return status;
+        }
+        receive_ = DispatchThread::Start(participant_->Handle(), "dds-receive", &status);
+        if (!receive_) {
+            return status;
+        }
+        requests_ = DispatchThread::Start(participant_->Handle(), "dds-requests", &status);
+        if (!requests_) {
+            return status;
+        }
+        ServiceOffer identity;
+        identity.providerGuid = participant_->Guid();
+        identity.processId = static_cast<int32_t>(getpid());
+        identity.hostName = HostName();
+        offers_ =
+            std::make_unique<OfferBoard>(participant_, discovery_.get(), identity,
+                                         [this](const ServiceOffer& offer) { OnLost(offer); });
+        status = offers_->Start();
+        if (!status.ok()) {
+            return status;
+        }
+        peers_ = std::make_unique<PeerTopics>(participant_, discovery_.get(),
+                                              [this](uint16_t serviceId, const std::string& topic) {
+                                                  OnRequestTopic(serviceId, topic);
+                                              });
+        return peers_->Start();
+    }
+
+    // The endpoint of `topic`, made with `qos` on first use. With `readerTag`
+    // set its reader exists (tagged so on creation) and feeds the receive thread.
+    std::shared_ptr<FrameEndpoint> Endpoint(const std::string& topic, const EndpointQos& qos,
+                                            const std::string* readerTag, DdsStatus* status) {
+        std::lock_guard<std::mutex> lock(endpointsMutex_);
+        auto& entry = endpoints_[topic];
+        if (!entry.endpoint) {
+            entry.endpoint = std::make_shared<FrameEndpoint>(participant_, topic, qos);
+        }
+        *status = DdsStatus::Ok();
+        if (readerTag != nullptr && entry.watchToken == 0) {
+            const dds_entity_t reader = entry.endpoint->Reader(*readerTag, status);
+            if (reader < 0) {
+                return nullptr;
+            }
+            FrameEndpoint* raw = entry.endpoint.get();
+            entry.watchToken = receive_->Watch(
+                reader, [this, raw] { OnFrames(raw); }, status);
+            if (entry.watchToken == 0) {
+                return nullptr;
+            }
+        }
+        return entry.endpoint;
+    }
+
+    DdsStatus ListenMethodTopic(const std::string& topic) {
+        static const std::string kNoTag;
+        DdsStatus status;
+        Endpoint(topic, MethodEndpointQos(), &kNoTag, &status);
+        return status;
+    }
+
+    void OnRequestTopic(uint16_t serviceId, const std::string& topic) {
+        bool served = false;
+        {
+            std::lock_guard<std::mutex> lock(routesMutex_);
+            served = servedServices_.count(serviceId) != 0;
+        }
+        if (served) {
+            ListenMethodTopic(topic);
+        }
+    }
+
+    void OnLost(const ServiceOffer& offer) {
+        std::shared_ptr<LostSlot> slot;
+        {
+            std::lock_guard<std::mutex> lock(routesMutex_);
+            slot = lostSlot_;
+        }
+        if (slot) {
+            slot->Invoke(offer);
+        }
+    }
+
+    void OnFrames(FrameEndpoint* endpoint) {
+        std::vector<Frame> frames;
+        endpoint->TakeAll(&frames);
+        for (auto& frame : frames) {
+            Route(std::move(frame));
+        }
+    }
+
+    void Route(Frame frame) {
+        switch (frame.kind) {
+            case FrameKind::kRequest:
+                RouteRequest(std::move(frame));
+                return;
+            case FrameKind::kReply:
+                RouteReply(std::move(frame));
+                return;
+            case FrameKind::kEvent:
+                RouteEvent(std::move(frame));
+                return;
+        }
+    }
+
+    void RouteRequest(Frame frame) {
+        std::shared_ptr<Slot> slot;
+        {
+            std::lock_guard<std::mutex> lock(routesMutex_);
+            auto found = servers_.find(frame.providerId);
+            if (found != servers_.end()) {
+                slot = found->second.slot;
+            }
+        }
+        if (slot) {
+            auto shared = std::make_shared<Frame>(std::move(frame));
+            requests_->Post([slot, shared] { slot->Invoke(std::move(*shared)); });
+        }
+    }
+
+    void RouteReply(Frame frame) {
+        std::shared_ptr<Slot> slot;
+        {
+            std::lock_guard<std::mutex> lock(routesMutex_);
+            auto found = clients_.find(frame.clientId);
+            if (found != clients_.end()) {
+                slot = found->second;
+            }
+        }
+        if (slot) {
+            slot->Invoke(std::move(frame));
+        }
+    }
+
+    void RouteEvent(Frame frame) {
+        std::vector<std::shared_ptr<Slot>> slots;
+        {
+            std::lock_guard<std::mutex> lock(routesMutex_);
+            for (const auto& entry : subscriptions_) {
+                if (entry.second.Wants(frame)) {
+                    slots.push_back(entry.second.slot);
+                }
+            }
+        }
+        for (size_t i = 0; i < slots.size(); ++i) {
+            if (i + 1 == slots.size()) {
+                slots[i]->Invoke(std::move(frame));
+            } else {
+                slots[i]->Invoke(Frame(frame));
+            }
+        }
+    }
+
+    void Stamp(Frame& frame, FrameKind kind) const {
+        frame.kind = kind;
+        frame.senderGuid = participant_->Guid();
+        frame.sendTimeMonoNs = MonotonicNowNs();
+        frame.sendTimeRealNs = RealtimeNowNs();
+        frame.bootId = DdsTransport::BootId();
+    }
+
+    std::chrono::milliseconds MatchWait() const {
+        return std::chrono::milliseconds(matchWaitMs_.load(std::memory_order_relaxed));
+    }
+
+    const std::shared_ptr<Participant> participant_;
+    const uint64_t idBase_;
+    std::atomic<uint64_t> idCounter_{0};
+    std::atomic<int64_t> matchWaitMs_{1000};
+
+    std::unique_ptr<DispatchThread> discovery_;
+    std::unique_ptr<DispatchThread> receive_;
+    std::unique_ptr<DispatchThread> requests_;
+    std::unique_ptr<OfferBoard> offers_;
+    std::unique_ptr<PeerTopics> peers_;
+
+    struct EndpointEntry {
+        std::shared_ptr<FrameEndpoint> endpoint;
+        uint64_t watchToken{0};
+    };
+    std::mutex endpointsMutex_;
+    std::map<std::string, EndpointEntry> endpoints_;  // guarded by endpointsMutex_
+
+    struct Server {
+        uint16_t serviceId;
+        std::shared_ptr<Slot> slot;
+    };
+    std::mutex routesMutex_;
+    std::map<uint64_t, Server> servers_;                 // guarded by routesMutex_
+    std::multiset<uint16_t> servedServices_;             // guarded by routesMutex_
+    std::map<uint64_t, std::shared_ptr<Slot>> clients_;  // guarded by routesMutex_
+    std::map<uint64_t, Subscription> subscriptions_;     // guarded by routesMutex_
+    std::shared_ptr<LostSlot> lostSlot_;                 // guarded by routesMutex_
+};
+
+std::shared_ptr<DdsTransport> DdsTransport::Create(const ParticipantSettings& settings,
+                                                   DdsStatus* status) {
+    auto participant = Participant::Create(settings, status);
+    if (!participant) {
+        return nullptr;
+    }
+    auto impl = std::make_unique<Impl>(std::move(participant));
+    *status = impl->Start();
+    if (!status->ok()) {
+        return nullptr;
+    }
+    return std::shared_ptr<DdsTransport>(new DdsTransport(std::move(impl)));
+}
+
+DdsTransport::DdsTransport(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+
+DdsTransport::~DdsTransport() = default;
+
+uint32_t DdsTransport::DomainId() const {
+    return impl_->participant_->DomainId();
+}
+
+const ParticipantGuid& DdsTransport::Guid() const {
+    return impl_->participant_->Guid();
+}
+
+uint64_t DdsTransport::NewId() {
+    return impl_->idBase_ | ((impl_->idCounter_.fetch_add(1) + 1) & 0xFFFFFFFFull);
+}
+
+void DdsTransport::SetMatchWait(std::chrono::milliseconds wait) {
+    impl_->matchWaitMs_.store(wait.count(), std::memory_order_relaxed);
+}
+
+DdsStatus DdsTransport::Offer(const ServiceOffer& offer) {
+    return impl_->offers_->Offer(offer);
+}
+
+DdsStatus DdsTransport::StopOffer(uint64_t providerId) {
+    return impl_->offers_->StopOffer(providerId);
+}
+
+uint64_t DdsTransport::StartFind(const FindFilter& filter, OfferListHandler handler) {
+    return impl_->offers_->StartFind(filter, std::move(handler));
+}
+
+void DdsTransport::StopFind(uint64_t findId) {
+    impl_->offers_->StopFind(findId);
+}
+
+std::vector<ServiceOffer> DdsTransport::CurrentOffers(const FindFilter& filter) const {
+    return impl_->offers_->Current(filter);
+}
+
+std::optional<ServiceOffer> DdsTransport::KnownOffer(uint64_t providerId) const {
+    return impl_->offers_->Known(providerId);
+}
+
+void DdsTransport::SetOfferLostHandler(OfferLostHandler handler) {
+    std::shared_ptr<LostSlot> previous;
+    {
+        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        previous = impl_->lostSlot_;
+        impl_->lostSlot_ = handler ? std::make_shared<LostSlot>(std::move(handler)) : nullptr;
+    }
+    if (previous) {
+        previous->Close();
+    }
+}
+
+DdsStatus DdsTransport::Serve(uint64_t providerId, uint16_t serviceId, FrameHandler onRequest) {
+    std::shared_ptr<Slot> previous;
+    {
+        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        auto found = impl_->servers_.find(providerId);
+        if (found != impl_->servers_.end()) {
+            previous = found->second.slot;
+            impl_->servedServices_.erase(impl_->servedServices_.find(found->second.serviceId));
+        }
+        impl_->servers_[providerId] =
+            Impl::Server{serviceId, std::make_shared<Slot>(std::move(onRequest))};
+        impl_->servedServices_.insert(serviceId);
+    }
+    if (previous) {
+        previous->Close();
+    }
+    // Read the request topics that clients of this service announced so far;
+    // later ones arrive through OnRequestTopic.
+    for (const auto& topic : impl_->peers_->RequestTopics(serviceId)) {
+        DdsStatus status = impl_->ListenMethodTopic(topic);
+        if (!status.ok()) {
+            return status;
+        }
+    }
+    return DdsStatus::Ok();
+}
+
+void DdsTransport::StopServing(uint64_t providerId) {
+    std::shared_ptr<Slot> slot;
+    {
+        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        auto found = impl_->servers_.find(providerId);
+        if (found == impl_->servers_.end()) {
+            return;
+        }
+        slot = found->second.slot;
+        impl_->servedServices_.erase(impl_->servedServices_.find(found->second.serviceId));
+        impl_->servers_.erase(found);
+    }
+    slot->Close();
+}
+
+DdsStatus DdsTransport::ListenForRequests(uint16_t /*serviceId*/, const std::string& topic) {
+    return impl_->ListenMethodTopic(topic);
+}
+
+DdsStatus DdsTransport::SendReply(const std::string& replyTopic, Frame reply,
+                                  const ParticipantGuid& client) {
+    DdsStatus status;
+    auto endpoint = impl_->Endpoint(replyTopic, MethodEndpointQos(), nullptr, &status);
+    if (!endpoint) {
+        return status;
+    }
+    impl_->Stamp(reply, FrameKind::kReply);
+    return endpoint->Write(reply, std::string(), &client, impl_->MatchWait());
+}
+
+DdsStatus DdsTransport::OpenClient(uint64_t clientId, FrameHandler onReply) {
+    std::shared_ptr<Slot> previous;
+    {
+        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        auto& slot = impl_->clients_[clientId];
+        previous = slot;
+        slot = std::make_shared<Slot>(std::move(onReply));
+    }
+    if (previous) {
+        previous->Close();
+    }
+    return DdsStatus::Ok();
+}
+
+void DdsTransport::CloseClient(uint64_t clientId) {
+    std::shared_ptr<Slot> slot;
+    {
+        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        auto found = impl_->clients_.find(clientId);
+        if (found == impl_->clients_.end()) {
+            return;
+        }
+        slot = found->second;
+        impl_->clients_.erase(found);
+    }
+    slot->Close();
+}
+
+DdsStatus DdsTransport::SendRequest(const MethodTopics& topics, Frame request,
+                                    const ParticipantGuid& provider) {
+    DdsStatus status = impl_->ListenMethodTopic(topics.replyTopic);
+    if (!status.ok()) {
+        return status;
+    }
+    auto endpoint = impl_->Endpoint(topics.requestTopic, MethodEndpointQos(), nullptr, &status);
+    if (!endpoint) {
+        return status;
+    }
+    impl_->Stamp(request, FrameKind::kRequest);
+    request.replyTopic = topics.replyTopic;
+    return endpoint->Write(request, PeerTopics::RequestTag(request.serviceId), &provider,
+                           impl_->MatchWait());
+}
+
+DdsStatus DdsTransport::PrepareEvent(const EventTopic& topic) {
+    DdsStatus status;
+    auto endpoint = impl_->Endpoint(topic.topic, EventEndpointQos(topic), nullptr, &status);
+    if (!endpoint) {
+        return status;
+    }
+    return endpoint->PrepareWriter(FrameKind::kEvent, std::string());
+}
+
+DdsStatus DdsTransport::Publish(const EventTopic& topic, Frame sample) {
+    impl_->Stamp(sample, FrameKind::kEvent);
+    std::set<std::string> topics = impl_->peers_->EventTopics(sample.serviceId, sample.entityId);
+    topics.insert(topic.topic);
+    DdsStatus result;
+    for (const auto& name : topics) {
+        EventTopic settings = topic;
+        settings.topic = name;
+        DdsStatus status;
+        auto endpoint = impl_->Endpoint(name, EventEndpointQos(settings), nullptr, &status);
+        if (endpoint) {
+            status = endpoint->Write(sample, std::string(), nullptr, std::chrono::milliseconds(0));
+        }
+        if (!status.ok() && result.ok()) {
+            result = status;
+        }
+    }
+    return result;
+}
+
+uint64_t DdsTransport::Subscribe(const EventTopic& topic, uint16_t serviceId,
+                                 const std::string& instanceId, uint32_t entityId,
+                                 FrameHandler onSample, DdsStatus* status) {
+    const std::string tag = PeerTopics::EventTag(serviceId, entityId);
+    if (!impl_->Endpoint(topic.topic, EventEndpointQos(topic), &tag, status)) {
+        return 0;
+    }
+    const uint64_t id = NewId();
+    std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+    impl_->subscriptions_.emplace(id, Subscription{serviceId, instanceId, entityId,
+                                                   std::make_shared<Slot>(std::move(onSample))});
+    return id;
+}
+
+void DdsTransport::Unsubscribe(uint64_t subscriptionId) {
+    std::shared_ptr<Slot> slot;
+    {
+        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        auto found = impl_->subscriptions_.find(subscriptionId);
+        if (found == impl_->subscriptions_.end()) {
+            return;
+        }
+        slot = found->second.slot;
+        impl_->subscriptions_.erase(found);
+    }
+    slot->Close();
+}
+
+void DdsTransport::PostToReceiveThread(std::function<void()> task) {
+    impl_->receive_->Post(std::move(task));
+}
+
+}  // namespace dds
+}  // namespace driver
+}  // namespace vorx
