@@ -10,12 +10,9 @@
 
 #include "ara/com/internal/bind_index.h"
 #include "ara/kelda/common/log/log.h"
+#include "orxmaintaind/orxcm_dfx_export.h"
 #include "vorx/driver/dds/dds_entity_info.h"
 #include "vorx/vcc/dds_dfx_config_interface.h"
-
-#ifndef ORXCM_DFX_EXPORT
-#define ORXCM_DFX_EXPORT __attribute__((visibility("default")))
-#endif
 
 namespace ara {
 namespace kelda {
@@ -56,7 +53,7 @@ namespace config {
 // first read operation initialises it (logger, configuration, network); after that it is only
 // read, so the driver may call it from several threads.
 class ORXCM_DFX_EXPORT DDSDfxConfig : public vorx::vcc::DDSDfxConfigInterface {
-public:
+  public:
     // The process-wide provider, created on first call and destroyed at process exit.
     static std::shared_ptr<DDSDfxConfig> GetInstance();
 
@@ -81,7 +78,7 @@ public:
     // Throws std::system_error when the once mechanism fails.
     void DoInit();
 
-private:
+  private:
     DDSDfxConfig();
 
     // Takes the network from the configuration; ("BUILTIN_APP_SERVER_FLAG", false) when none is

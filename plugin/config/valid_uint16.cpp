@@ -11,13 +11,13 @@ namespace {
 // std::stoi reports a range error through errno as well as by throwing; callers of ValidUint16
 // must find their own errno unchanged, also when the conversion throws.
 class ErrnoKeeper {
-public:
+  public:
     ErrnoKeeper() : saved_(errno) {}
     ~ErrnoKeeper() { errno = saved_; }
     ErrnoKeeper(const ErrnoKeeper&) = delete;
     ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
 
-private:
+  private:
     int saved_;
 };
 

@@ -4,9 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#ifndef ORXCM_DFX_EXPORT
-#define ORXCM_DFX_EXPORT __attribute__((visibility("default")))
-#endif
+#include "orxmaintaind/orxcm_dfx_export.h"
 
 namespace orx {
 namespace orxcm {

@@ -6,12 +6,9 @@
 #include <memory>
 
 #include "ara/kelda/common/log/log.h"
+#include "orxmaintaind/orxcm_dfx_export.h"
 #include "vorx/vcc/api/types/driver_type.h"
 #include "vorx/vcc/api/types/subscriber_listener.h"
-
-#ifndef ORXCM_DFX_EXPORT
-#define ORXCM_DFX_EXPORT __attribute__((visibility("default")))
-#endif
 
 namespace orx {
 namespace orxcm {
@@ -25,7 +22,7 @@ namespace maintaind {
 // Made with std::make_shared by the maintenance client, which also stores the configured
 // threshold in it. Thread-safe: the core may call it from any of its threads at once.
 class ORXCM_DFX_EXPORT MaintaindListener : public vorx::vcc::api::types::SubscriberListener {
-public:
+  public:
     MaintaindListener();
     ~MaintaindListener() override;
     MaintaindListener(const MaintaindListener&) = delete;
@@ -42,7 +39,7 @@ public:
     void SetTimeoutThreshold(uint32_t threshold);
     uint32_t GetTimeoutThreshold() const;
 
-private:
+  private:
     std::shared_ptr<ara::kelda::common::log::Log> logger_;
     std::atomic<uint32_t> timeoutThreshold_{0};
 };

@@ -12,15 +12,12 @@
 #include "ara/kelda/common/log/log.h"
 #include "orx/maintaind/latency.h"
 #include "orxmaintaind/orx_maintaind_latency_index.h"
+#include "orxmaintaind/orxcm_dfx_export.h"
 #include "vorx/driver/dds/dds_entity_info.h"
 #include "vorx/vcc/api/types/driver_type.h"
 #include "vorx/vcc/api/types/entity_info.h"
 #include "vorx/vcc/api/types/latency.h"
 #include "vorx/vcc/event_controller.h"
-
-#ifndef ORXCM_DFX_EXPORT
-#define ORXCM_DFX_EXPORT __attribute__((visibility("default")))
-#endif
 
 namespace orx {
 namespace orxcm {
@@ -47,7 +44,7 @@ namespace orxmaintaind {
 // listed per operation (bad instance id text, an empty handler, a mutex error).
 class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     : public std::enable_shared_from_this<OrxMaintaindLatencyClient> {
-public:
+  public:
     using DriverType = vorx::vcc::api::types::DriverType;
     using EventInfo = vorx::vcc::api::types::EventInfo;
     using LatencyAnalysisMode = vorx::vcc::api::types::LatencyAnalysisMode;
@@ -126,7 +123,7 @@ public:
     // logged and the record is dropped; nothing is retried.
     void SendLatencyInfo(const std::shared_ptr<orx::maintaind::LatencyInfo>& info);
 
-private:
+  private:
     // The publisher/subscriber lookup shared by DDS and SOME/IP.
     // REQUIRES: modeMutex_ held by the caller.
     template <typename Index>
