@@ -106,6 +106,9 @@ class EventController::Impl {
     }
 
     void DelEvent(EventHandle handle) {
+        if (handle == kInvalidEventHandle) {
+            return;  // also the value of running_ while nothing runs: never wait for it
+        }
         std::shared_ptr<Job> victim;  // declared first: dies after the lock is released
         std::unique_lock<std::mutex> lock(mutex_);
         auto it = jobs_.find(handle);

@@ -1,6 +1,7 @@
 #ifndef ARA_CORE_ERROR_CODE_H
 #define ARA_CORE_ERROR_CODE_H
 
+#include <exception>
 #include <string>
 #include <type_traits>
 
@@ -28,7 +29,10 @@ class ErrorCode final {
     std::string Message() const { return domain_->Message(value_); }
 
     // Throws the domain's exception for this code.
-    [[noreturn]] void ThrowAsException() const { domain_->ThrowAsException(*this); }
+    [[noreturn]] void ThrowAsException() const {
+        domain_->ThrowAsException(*this);
+        std::terminate();  // only reached if a domain breaks its contract and returns
+    }
 
     friend constexpr bool operator==(const ErrorCode& a, const ErrorCode& b) noexcept {
         return *a.domain_ == *b.domain_ && a.value_ == b.value_;
