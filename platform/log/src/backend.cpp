@@ -1,5 +1,6 @@
 #include "backend.h"
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,8 +20,14 @@ int64_t NowNs(clockid_t clock) {
     return static_cast<int64_t>(ts.tv_sec) * 1000000000 + ts.tv_nsec;
 }
 
-uint64_t CurrentThreadId() {
-    thread_local const uint64_t id = static_cast<uint64_t>(::gettid());
+// Cached per thread; a forked child's thread has a new id although it keeps the cache.
+uint64_t CurrentThreadId(int pid) {
+    thread_local int cachedForPid = -1;
+    thread_local uint64_t id = 0;
+    if (cachedForPid != pid) {
+        id = static_cast<uint64_t>(::gettid());
+        cachedForPid = pid;
+    }
     return id;
 }
 
@@ -48,7 +55,8 @@ Backend& Backend::Instance() {
     return *instance;
 }
 
-Backend::Backend() : defaultContext_(kInitialContext) {
+Backend::Backend() : defaultContext_(kInitialContext), pid_(::getpid()) {
+    pthread_atfork(nullptr, nullptr, &Backend::OnForkChild);
     LogLevel level = LogLevel::kInfo;
     std::string ignored;
     LevelFromEnvironment(&level, &ignored);
@@ -57,14 +65,18 @@ Backend::Backend() : defaultContext_(kInitialContext) {
     minLevel_.store(static_cast<uint8_t>(level), std::memory_order_relaxed);
 }
 
+void Backend::OnForkChild() {
+    Instance().pid_.store(::getpid(), std::memory_order_relaxed);
+}
+
 void Backend::Emit(const std::string& contextId, LogLevel level, std::string text,
                    uint32_t suppressed) {
     if (t_insideSink) {
         return;
     }
-    LogRecord record{
-        level,      std::string(),     contextId, std::move(text), NowNs(CLOCK_REALTIME),
-        ::getpid(), CurrentThreadId(), suppressed};
+    const int pid = pid_.load(std::memory_order_relaxed);
+    LogRecord record{level, std::string(),        contextId, std::move(text), NowNs(CLOCK_REALTIME),
+                     pid,   CurrentThreadId(pid), suppressed};
     std::lock_guard<std::mutex> lock(mutex_);
     record.appId = appId_;
     t_insideSink = true;

@@ -47,6 +47,7 @@ class Backend {
   private:
     Backend();
     void RecomputeMinLevelLocked();
+    static void OnForkChild();
 
     mutable std::mutex mutex_;  // guards everything below up to registryMutex_, and all Writes
     std::vector<std::shared_ptr<LogSink>> sinks_;
@@ -56,6 +57,7 @@ class Backend {
     std::string defaultContext_;
     std::string description_;
     std::atomic<uint8_t> minLevel_;
+    std::atomic<int> pid_;  // getpid() is a system call; refreshed in a forked child
 
     std::mutex registryMutex_;  // guards logs_
     std::unordered_map<std::string, std::shared_ptr<Log>> logs_;

@@ -25,25 +25,6 @@ std::shared_ptr<Log> Log::GetDefaultLog() {
 Log::Log(std::string contextId)
     : contextId_(std::move(contextId)), minLevel_(&detail::Backend::Instance().MinLevel()) {}
 
-LogStream Log::LogVerbose() {
-    return LogAt(LogLevel::kVerbose);
-}
-LogStream Log::LogDebug() {
-    return LogAt(LogLevel::kDebug);
-}
-LogStream Log::LogInfo() {
-    return LogAt(LogLevel::kInfo);
-}
-LogStream Log::LogWarn() {
-    return LogAt(LogLevel::kWarn);
-}
-LogStream Log::LogError() {
-    return LogAt(LogLevel::kError);
-}
-LogStream Log::LogFatal() {
-    return LogAt(LogLevel::kFatal);
-}
-
 LogStream Log::LogWarn(const LogLimitConfig& limit) {
     // A line nobody would see does not use up the limit.
     if (!IsEnabled(LogLevel::kWarn)) {
@@ -54,13 +35,6 @@ LogStream Log::LogWarn(const LogLimitConfig& limit) {
         return LogStream();
     }
     return LogStream(this, LogLevel::kWarn, suppressed);
-}
-
-LogStream Log::LogAt(LogLevel level) {
-    if (!IsEnabled(level)) {
-        return LogStream();
-    }
-    return LogStream(this, level, 0);
 }
 
 const std::string& Log::ContextId() const {

@@ -1,8 +1,6 @@
 #include "ara/kelda/common/log/log_stream.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cstdio>
 
 #include "ara/kelda/common/log/log.h"
 #include "backend.h"
@@ -32,10 +30,6 @@ LogStream& LogStream::operator=(LogStream&& other) noexcept {
     return *this;
 }
 
-LogStream::~LogStream() {
-    Emit();
-}
-
 void LogStream::Emit() noexcept {
     if (log_ == nullptr) {
         return;
@@ -61,14 +55,19 @@ void LogStream::AppendUnsigned(uint64_t value) {
     text_.append(buffer, result.ptr);
 }
 
-void LogStream::AppendFloating(long double value) {
-    // "%Lg" with the default precision is what std::ostream prints for float, double and long
-    // double alike.
+// General format with 6 significant digits is what a default std::ostream prints.
+void LogStream::AppendDouble(double value) {
     char buffer[64];
-    const int length = std::snprintf(buffer, sizeof(buffer), "%Lg", value);
-    if (length > 0) {
-        text_.append(buffer, std::min(static_cast<size_t>(length), sizeof(buffer) - 1));
-    }
+    const auto result =
+        std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, 6);
+    text_.append(buffer, result.ptr);
+}
+
+void LogStream::AppendLongDouble(long double value) {
+    char buffer[80];
+    const auto result =
+        std::to_chars(buffer, buffer + sizeof(buffer), value, std::chars_format::general, 6);
+    text_.append(buffer, result.ptr);
 }
 
 void LogStream::AppendCString(const char* value) {

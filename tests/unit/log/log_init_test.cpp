@@ -1,3 +1,4 @@
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -97,6 +98,26 @@ TEST_F(LogInitTest, InvalidEnvironmentLevelFallsBackToTheArgumentWithAWarning) {
                                        "[Log][Cannot open log file][file=/nonexistent-dir/orx.log"),
               1u)
         << capture->Dump();
+}
+
+TEST(LogForkTest, ForkedChildReportsItsOwnPidAndThreadId) {
+    ScopedCaptureSink capture;
+    SetConsoleThreshold(LogLevel::kOff);
+    Log::GetLog("FORK")->LogInfo() << "parent";  // fills the per-thread caches
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        capture->Clear();
+        Log::GetLog("FORK")->LogInfo() << "child";
+        const auto records = capture->Records();
+        const bool ok = records.size() == 1 && records[0].pid == getpid() &&
+                        records[0].threadId == static_cast<uint64_t>(gettid());
+        _exit(ok ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    SetConsoleThreshold(LogLevel::kInfo);
 }
 
 // Logs from a destructor that runs during static destruction, as process-wide singletons do.

@@ -51,16 +51,20 @@ class KELDA_LOG_EXPORT Log {
     // Prefer GetLog; a logger made directly writes through the same sinks.
     explicit Log(std::string contextId);
 
-    LogStream LogVerbose();
-    LogStream LogDebug();
-    LogStream LogInfo();
-    LogStream LogWarn();
-    LogStream LogError();
+    // A stream for one line at that level; a disabled one (cheap, inline) when no sink takes
+    // the level.
+    LogStream LogVerbose() { return LogAt(LogLevel::kVerbose); }
+    LogStream LogDebug() { return LogAt(LogLevel::kDebug); }
+    LogStream LogInfo() { return LogAt(LogLevel::kInfo); }
+    LogStream LogWarn() { return LogAt(LogLevel::kWarn); }
+    LogStream LogError() { return LogAt(LogLevel::kError); }
     // Writes at fatal level; does not abort.
-    LogStream LogFatal();
+    LogStream LogFatal() { return LogAt(LogLevel::kFatal); }
     // Warning under a rate limit: a line over the limit comes back as a disabled stream.
     LogStream LogWarn(const LogLimitConfig& limit);
-    LogStream LogAt(LogLevel level);
+    LogStream LogAt(LogLevel level) {
+        return IsEnabled(level) ? LogStream(this, level, 0) : LogStream();
+    }
 
     // True when at least one sink would take a line of this level. One relaxed atomic load.
     bool IsEnabled(LogLevel level) const {

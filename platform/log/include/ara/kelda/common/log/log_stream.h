@@ -41,7 +41,11 @@ class KELDA_LOG_EXPORT LogStream {
     LogStream(const LogStream&) = delete;
     LogStream& operator=(const LogStream&) = delete;
     // Emits the line if the stream is enabled. Never throws.
-    ~LogStream();
+    ~LogStream() {
+        if (log_ != nullptr) {
+            Emit();
+        }
+    }
 
     template <typename T>
     LogStream& operator<<(const T& value) {
@@ -70,7 +74,11 @@ class KELDA_LOG_EXPORT LogStream {
         } else if constexpr (std::is_integral_v<D>) {
             AppendInteger(value);
         } else if constexpr (std::is_floating_point_v<D>) {
-            AppendFloating(static_cast<long double>(value));
+            if constexpr (std::is_same_v<D, long double>) {
+                AppendLongDouble(value);
+            } else {
+                AppendDouble(static_cast<double>(value));  // what std::ostream does with float
+            }
         } else if constexpr (std::is_same_v<D, const char*> || std::is_same_v<D, char*>) {
             AppendCString(value);
         } else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
@@ -100,7 +108,8 @@ class KELDA_LOG_EXPORT LogStream {
 
     void AppendSigned(int64_t value);
     void AppendUnsigned(uint64_t value);
-    void AppendFloating(long double value);  // exact for float and double too
+    void AppendDouble(double value);
+    void AppendLongDouble(long double value);
     void AppendCString(const char* value);
     void AppendText(std::string_view value);
     void Emit() noexcept;
