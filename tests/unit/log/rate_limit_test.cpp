@@ -56,13 +56,6 @@ TEST(RateLimiterTest, ZeroCountDropsEverythingAndZeroPeriodNeverLimits) {
     }
 }
 
-TEST(DefaultLimitConfigTest, FiveLinesPerSecond) {
-    const LogLimitConfig limit = DefaultLimitConfig("key");
-    EXPECT_EQ(limit.periodMs, 1000u);
-    EXPECT_EQ(limit.count, 5u);
-    EXPECT_EQ(limit.key, "key");
-}
-
 using RateLimitedWarningTest = QuietConsoleTest;
 
 TEST_F(RateLimitedWarningTest, DropsLinesOverTheLimitAndCountsThemOnTheNextLine) {
