@@ -1,0 +1,189 @@
+// The decoder on hostile input: every failure is an error value with its offset, never a crash,
+// a hang or a huge allocation; and whatever decodes re-encodes to the same bytes.
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <random>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "orx/maintaind/types.h"
+#include "record_filler.h"
+#include "vorx/serialize/cdr.h"
+
+namespace orx::maintaind::test {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+using vorx::serialize::Decode;
+using vorx::serialize::DecodeError;
+using vorx::serialize::DecodeLimits;
+using vorx::serialize::DecodeStatus;
+using vorx::serialize::Encode;
+
+// A record that can nest without bound, to reach the depth limit.
+struct Tree {
+    std::vector<Tree> children;
+    auto Members() { return std::tie(children); }
+    auto Members() const { return std::tie(children); }
+};
+
+Bytes Chain(std::size_t levels) {  // `levels` trees, each the only child of the one above
+    Bytes bytes;
+    for (std::size_t i = 0; i + 1 < levels; ++i) {
+        bytes.insert(bytes.end(), {1, 0, 0, 0});
+    }
+    bytes.insert(bytes.end(), {0, 0, 0, 0});
+    return bytes;
+}
+
+template <class T>
+DecodeStatus DecodeAs(const Bytes& bytes, const DecodeLimits& limits = {}) {
+    T value{};
+    return Decode(bytes, value, limits);
+}
+
+void ExpectError(const DecodeStatus& status, DecodeError error, std::size_t offset) {
+    EXPECT_EQ(status.error, error) << status.Message();
+    EXPECT_EQ(status.offset, offset) << status.Message();
+}
+
+TEST(CdrHostile, BadValuesAreNamedWithTheirOffset) {
+    Bytes bytes = Encode(Filled<AppRegisterInfo>(1));
+    bytes[0] = 2;  // isPub
+    ExpectError(DecodeAs<AppRegisterInfo>(bytes), DecodeError::kBadBool, 0);
+
+    // A string without its NUL, and one of length zero.
+    ExpectError(DecodeAs<std::string>({3, 0, 0, 0, 'a', 'b', 'c'}), DecodeError::kBadString, 6);
+    ExpectError(DecodeAs<std::string>({0, 0, 0, 0}), DecodeError::kBadString, 0);
+
+    // Non-zero padding between mode and the driver-type count.
+    ExpectError(DecodeAs<LatencySwitch>({1, 0, 7, 0, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0}),
+                DecodeError::kBadPadding, 2);
+
+    // One byte too many.
+    Bytes withTail = Encode(ReturnCode{1});
+    withTail.push_back(0);
+    ExpectError(DecodeAs<ReturnCode>(withTail), DecodeError::kTrailingBytes, 1);
+
+    const DecodeStatus status{DecodeError::kBadBool, 17};
+    EXPECT_EQ(status.Message(),
+              "CDR decode failed at offset 17: kBadBool (bool byte other than 0 or 1)");
+}
+
+TEST(CdrHostile, MapAndSetKeysMustStrictlyAscend) {
+    using Names = std::map<DriverType, std::string>;
+    const Bytes ordered = {2, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 'a', 0, 1, 0, 2, 0, 0, 0, 'b', 0};
+    EXPECT_TRUE(DecodeAs<Names>(ordered).ok());
+
+    Bytes swapped = ordered;
+    swapped[4] = 1;
+    swapped[14] = 0;
+    ExpectError(DecodeAs<Names>(swapped), DecodeError::kUnsortedMapKeys, 14);
+
+    Bytes repeated = ordered;
+    repeated[14] = 0;
+    ExpectError(DecodeAs<Names>(repeated), DecodeError::kUnsortedMapKeys, 14);
+
+    ExpectError(DecodeAs<std::set<uint8_t>>({3, 0, 0, 0, 1, 5, 5}), DecodeError::kUnsortedMapKeys,
+                6);
+}
+
+TEST(CdrHostile, LengthsAndCountsPastTheEndAreRefusedBeforeAllocating) {
+    ExpectError(DecodeAs<std::string>({100, 0, 0, 0, 'a', 0}), DecodeError::kLengthPastEnd, 0);
+    ExpectError(DecodeAs<std::vector<uint32_t>>({3, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0}),
+                DecodeError::kLengthPastEnd, 0);
+    // Two strings need at least ten bytes; nine are left.
+    ExpectError(DecodeAs<std::vector<std::string>>({2, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0}),
+                DecodeError::kLengthPastEnd, 0);
+
+    // A count of 0xFFFFFFFF: over the element limit; with the limit lifted, still refused by the
+    // bytes left, before anything is reserved (32 GiB for uint64 elements, more for maps).
+    const Bytes huge = {0xFF, 0xFF, 0xFF, 0xFF, 1, 2, 3, 4};
+    ExpectError(DecodeAs<std::vector<uint64_t>>(huge), DecodeError::kTooManyElements, 0);
+    DecodeLimits lifted;
+    lifted.maxElements = std::numeric_limits<uint32_t>::max();
+    lifted.maxStringLength = std::numeric_limits<uint32_t>::max();
+    ExpectError(DecodeAs<std::vector<uint64_t>>(huge, lifted), DecodeError::kLengthPastEnd, 0);
+    ExpectError(DecodeAs<std::vector<AppRegisterInfo>>(huge, lifted), DecodeError::kLengthPastEnd,
+                0);
+    ExpectError(DecodeAs<std::map<uint32_t, EventInfo>>(huge, lifted), DecodeError::kLengthPastEnd,
+                0);
+    ExpectError(DecodeAs<std::string>(huge), DecodeError::kStringTooLong, 0);
+    ExpectError(DecodeAs<std::string>(huge, lifted), DecodeError::kLengthPastEnd, 0);
+
+    // The same inside a full record: the count of the event binding map. The event report
+    // starts at offset 2, after isPub and kind; its two empty names end at 17.
+    Bytes record = Encode(AppRegisterInfo{});
+    record[20] = record[21] = record[22] = record[23] = 0xFF;
+    ExpectError(DecodeAs<AppRegisterInfo>(record, lifted), DecodeError::kLengthPastEnd, 20);
+}
+
+TEST(CdrHostile, NestingIsBoundedByTheDepthLimit) {
+    // Each tree level is a record and a vector: eight levels fill the default depth of 16.
+    EXPECT_TRUE(DecodeAs<Tree>(Chain(8)).ok());
+    ExpectError(DecodeAs<Tree>(Chain(9)), DecodeError::kTooDeep, 32);
+    // Far too deep for the stack if it were followed: refused at the same place.
+    ExpectError(DecodeAs<Tree>(Chain(200000)), DecodeError::kTooDeep, 32);
+
+    DecodeLimits shallow;
+    shallow.maxDepth = 2;
+    const Bytes report = Encode(Filled<AppRegisterInfo>(1));
+    EXPECT_EQ(DecodeAs<AppRegisterInfo>(report, shallow).error, DecodeError::kTooDeep);
+    EXPECT_TRUE(DecodeAs<AppRegisterInfo>(report).ok());
+}
+
+TEST(CdrHostile, UnknownEnumValuesAreKeptAsNumbers) {
+    LatencySwitch order;
+    const Bytes bytes = {7, 0, 0, 0, 1, 0, 0, 0, 200, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0};
+    auto status = Decode(bytes, order);
+    ASSERT_TRUE(status.ok()) << status.Message();
+    EXPECT_EQ(static_cast<int>(order.mode), 7);
+    ASSERT_EQ(order.latencyIndex.driverTypes.size(), 1u);
+    EXPECT_EQ(static_cast<int>(order.latencyIndex.driverTypes[0]), 200);
+    EXPECT_EQ(Encode(order), bytes);
+}
+
+// Random and mutated inputs: decoding never crashes, and what decodes is canonical. Returns how
+// many inputs decoded, so callers can see the re-encoding check was exercised.
+template <class T>
+std::size_t FuzzDecode(const Bytes& valid, uint32_t seed) {
+    std::mt19937 random(seed);
+    std::size_t decodedOk = 0;
+    for (int i = 0; i < 1500; ++i) {
+        Bytes input;
+        if (i % 2 == 0) {
+            input.resize(random() % 300);
+            for (auto& byte : input) {
+                byte = static_cast<uint8_t>(random());
+            }
+        } else {
+            input = valid;
+            for (int flips = 1 + static_cast<int>(random() % 3); flips > 0; --flips) {
+                input[random() % input.size()] = static_cast<uint8_t>(random());
+            }
+        }
+        T value{};
+        auto status = Decode(input, value);
+        if (status.ok()) {
+            ++decodedOk;
+            EXPECT_EQ(Encode(value), input) << "iteration " << i;
+        } else {
+            EXPECT_LE(status.offset, input.size()) << status.Message();
+        }
+    }
+    return decodedOk;
+}
+
+TEST(CdrHostile, RandomAndMutatedBytesNeverBreakTheDecoder) {
+    EXPECT_GT(FuzzDecode<AppRegisterInfo>(Encode(Filled<AppRegisterInfo>(1)), 1), 0u);
+    EXPECT_GT(FuzzDecode<LatencySwitch>(Encode(Filled<LatencySwitch>(1)), 2), 0u);
+    EXPECT_GT(FuzzDecode<ReturnCode>(Encode(ReturnCode{1}), 3), 0u);
+    EXPECT_GT(FuzzDecode<MethodRegisterInfo>(Encode(Filled<MethodRegisterInfo>(0)), 4), 0u);
+}
+
+}  // namespace
+}  // namespace orx::maintaind::test
