@@ -32,6 +32,9 @@ enum class SerializeType : int32_t {
     RAW = 2,     // bytes as they are
 };
 
+// Further settings of an entity, key to value (DDS resource attributes).
+using AttributeMap = std::map<std::string, std::string>;
+
 // One application error domain of a method.
 struct ErrorDomainDescription {
     std::string name;
@@ -67,8 +70,7 @@ class VCC_EXPORT EntityInfo {
     VCC_PROPERTY(std::string, InstanceShortName);
     VCC_PROPERTY(EntityRole, Role);
     VCC_PROPERTY(DriverType, Driver);
-    VCC_PROPERTY(std::map<std::string, std::string>,
-                 ResourceAttr);  // further settings, key to value
+    VCC_PROPERTY(AttributeMap, ResourceAttr);  // further settings, key to value
 
   private:
     std::string instanceId_{"65535"};
