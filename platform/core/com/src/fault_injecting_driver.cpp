@@ -26,6 +26,7 @@ void FaultInjectingDriver::Clear() {
     }
     requestRewriter_ = nullptr;
     replyRewriter_ = nullptr;
+    requestDecider_ = nullptr;
 }
 
 size_t FaultInjectingDriver::PendingFaults(FaultChannel channel) const {
@@ -48,16 +49,22 @@ void FaultInjectingDriver::SetReplyRewriter(std::function<void(MethodReply&)> re
     replyRewriter_ = std::move(rewriter);
 }
 
-Fault FaultInjectingDriver::NextFault(FaultChannel channel) {
+void FaultInjectingDriver::SetRequestDecider(std::function<Fault(const MethodCall&)> decider) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    requestDecider_ = std::move(decider);
+}
+
+bool FaultInjectingDriver::NextFault(FaultChannel channel, Fault& fault) {
     std::lock_guard<std::mutex> lock(mutex_);
     ++sends_[static_cast<size_t>(channel)];
     auto& queue = faults_[static_cast<size_t>(channel)];
     if (queue.empty()) {
-        return Fault::Pass();
+        fault = Fault::Pass();
+        return false;
     }
-    Fault fault = queue.front();
+    fault = queue.front();
     queue.pop_front();
-    return fault;
+    return true;
 }
 
 bool FaultInjectingDriver::Apply(const Fault& fault, std::function<bool()> forward) {
@@ -110,17 +117,22 @@ void FaultInjectingDriver::Disconnect(ClientId client) {
 
 bool FaultInjectingDriver::SendRequest(ClientId client, MethodCall call) {
     std::function<void(MethodCall&)> rewriter;
+    std::function<Fault(const MethodCall&)> decider;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         rewriter = requestRewriter_;
+        decider = requestDecider_;
     }
     if (rewriter) {
         rewriter(call);
     }
-    return Apply(NextFault(FaultChannel::kRequest),
-                 [inner = inner_, client, call = std::move(call)]() mutable {
-                     return inner->SendRequest(client, std::move(call));
-                 });
+    Fault fault;
+    if (!NextFault(FaultChannel::kRequest, fault) && decider) {
+        fault = decider(call);
+    }
+    return Apply(fault, [inner = inner_, client, call = std::move(call)]() mutable {
+        return inner->SendRequest(client, std::move(call));
+    });
 }
 
 bool FaultInjectingDriver::SendReply(ProviderId provider, MethodReply reply) {
@@ -132,17 +144,19 @@ bool FaultInjectingDriver::SendReply(ProviderId provider, MethodReply reply) {
     if (rewriter) {
         rewriter(reply);
     }
-    return Apply(NextFault(FaultChannel::kReply),
-                 [inner = inner_, provider, reply = std::move(reply)]() mutable {
-                     return inner->SendReply(provider, std::move(reply));
-                 });
+    Fault fault;
+    NextFault(FaultChannel::kReply, fault);
+    return Apply(fault, [inner = inner_, provider, reply = std::move(reply)]() mutable {
+        return inner->SendReply(provider, std::move(reply));
+    });
 }
 
 bool FaultInjectingDriver::Publish(ProviderId provider, EventSample sample) {
-    return Apply(NextFault(FaultChannel::kEvent),
-                 [inner = inner_, provider, sample = std::move(sample)]() mutable {
-                     return inner->Publish(provider, std::move(sample));
-                 });
+    Fault fault;
+    NextFault(FaultChannel::kEvent, fault);
+    return Apply(fault, [inner = inner_, provider, sample = std::move(sample)]() mutable {
+        return inner->Publish(provider, std::move(sample));
+    });
 }
 
 bool FaultInjectingDriver::Subscribe(ClientId client, uint32_t entityId) {

@@ -17,6 +17,14 @@
 
 namespace vorx::vcc {
 
+// The handler type of a method with return type R and arguments Args. Spelled through this
+// template so that RegisterMethod<R, Args...> takes any callable (lambdas included) without
+// trying to deduce its argument list from it.
+template <class R, class... Args>
+struct MethodHandlerOf {
+    using type = std::function<void(const Args&..., Responder<R>)>;
+};
+
 // The offering side of one service instance over the driver that the DriverRegistry chooses for
 // the description's binding: methods served by handlers, events published to subscribers.
 //
@@ -42,8 +50,7 @@ class VCC_EXPORT Skeleton {
     // earlier handler of the same entity. Requests whose arguments cannot be read are dropped
     // with a warning. Use as RegisterMethod<ReturnType, ArgType...>(id, handler).
     template <class R, class... Args>
-    void RegisterMethod(uint32_t entityId,
-                        std::function<void(const Args&..., Responder<R>)> handler) {
+    void RegisterMethod(uint32_t entityId, typename MethodHandlerOf<R, Args...>::type handler) {
         AddMethod(entityId, [handler = std::move(handler)](
                                 const MethodCall& call,
                                 const std::shared_ptr<ReplyChannel>& channel) {

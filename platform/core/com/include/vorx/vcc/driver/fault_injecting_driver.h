@@ -68,7 +68,7 @@ class VCC_EXPORT FaultInjectingDriver final : public Driver {
     void DelayNext(FaultChannel channel, std::chrono::milliseconds delay, uint32_t count = 1) {
         Inject(channel, Fault::Delay(delay), count);
     }
-    // Forgets the queued faults of every channel and both rewriters.
+    // Forgets the queued faults of every channel, both rewriters and the request decider.
     void Clear();
     // Faults still queued for `channel`.
     size_t PendingFaults(FaultChannel channel) const;
@@ -79,6 +79,10 @@ class VCC_EXPORT FaultInjectingDriver final : public Driver {
     // An empty function removes the rewriter. Runs on the sender's thread.
     void SetRequestRewriter(std::function<void(MethodCall&)> rewriter);
     void SetReplyRewriter(std::function<void(MethodReply&)> rewriter);
+    // Decides the fault of each request for which no fault is queued (after the rewriter); lets a
+    // test double fail chosen requests by their content. An empty function removes it. Runs on
+    // the sender's thread and must not call back into this driver.
+    void SetRequestDecider(std::function<Fault(const MethodCall&)> decider);
 
     std::string Name() const override;
     PayloadMode GetPayloadMode() const override;
@@ -95,18 +99,19 @@ class VCC_EXPORT FaultInjectingDriver final : public Driver {
     void Unsubscribe(ClientId client, uint32_t entityId) override;
 
   private:
-    // Takes the fault for the next send of `channel` and counts the send.
-    Fault NextFault(FaultChannel channel);
+    // Takes the fault queued for the next send of `channel`, if any, and counts the send.
+    bool NextFault(FaultChannel channel, Fault& fault);
     // Applies `fault` to a send that `forward` performs.
     bool Apply(const Fault& fault, std::function<bool()> forward);
 
     const std::shared_ptr<Driver> inner_;
     mutable std::mutex mutex_;
-    std::array<std::deque<Fault>, 3> faults_;           // guarded by mutex_
-    std::array<uint64_t, 3> sends_{};                   // guarded by mutex_
-    std::function<void(MethodCall&)> requestRewriter_;  // guarded by mutex_
-    std::function<void(MethodReply&)> replyRewriter_;   // guarded by mutex_
-    std::unique_ptr<TaskThread> delayer_;               // runs delayed sends
+    std::array<std::deque<Fault>, 3> faults_;                 // guarded by mutex_
+    std::array<uint64_t, 3> sends_{};                         // guarded by mutex_
+    std::function<void(MethodCall&)> requestRewriter_;        // guarded by mutex_
+    std::function<void(MethodReply&)> replyRewriter_;         // guarded by mutex_
+    std::function<Fault(const MethodCall&)> requestDecider_;  // guarded by mutex_
+    std::unique_ptr<TaskThread> delayer_;                     // runs delayed sends
 };
 
 }  // namespace vorx::vcc
