@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -148,15 +147,16 @@ TEST(EventControllerTest, CyclicJobKeepsToItsGridWithoutDrift) {
     controller.DelEvent(h);
 
     const std::vector<long> times = recorder.Times();
-    std::vector<long> lateness;
+    int onGrid = 0;
     for (int i = 0; i < kRuns; ++i) {
-        const long ideal = start + i * kPeriod;
-        EXPECT_GE(times[i], ideal) << "run " << i << " started early";
-        lateness.push_back(times[i] - ideal);
+        EXPECT_GE(times[i], start + i * kPeriod) << "run " << i << " started early";
+        // With drift every gap would be at least period + 2 ms. On the grid, gaps are about a
+        // period, shorter after a run that a busy machine delayed.
+        if (i > 0 && times[i] - times[i - 1] < kPeriod + kMs) {
+            ++onGrid;
+        }
     }
-    // A busy machine delays single runs by several ms, but not every one of the last eight;
-    // with drift, even the best of them would be 35 ms or more late.
-    EXPECT_LT(*std::min_element(lateness.end() - 8, lateness.end()), 15 * kMs);
+    EXPECT_GE(onGrid, kRuns / 4);
 }
 
 TEST(EventControllerTest, CyclicJobSkipsMissedSlotsInsteadOfBursting) {
