@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <thread>
 #include <vector>
 
@@ -46,6 +48,22 @@ TEST(RegisterDfxInterfaceTest, KeepsTheLatestObjectAndCountsRegistrations) {
     EXPECT_EQ(RegisterDfxInterface::GetOrxMaintaindInterface(), nullptr);
     EXPECT_EQ(RegisterDfxInterface::OrxMaintaindRegistrationCount(), clientsBefore + 200);
     RegisterDfxInterface::RegisterDfxConfigInterface(nullptr);
+}
+
+// Registers a client whose release is announced on stderr, then exits.
+void ExitWithRegisteredClient() {
+    static int token = 0;
+    RegisterDfxInterface::RegisterOrxMaintaindInterface(std::shared_ptr<OrxMaintaindInterface>(
+        reinterpret_cast<OrxMaintaindInterface*>(&token),
+        [](OrxMaintaindInterface*) { std::fputs("client released\n", stderr); }));
+    std::exit(0);
+}
+
+TEST(RegisterDfxInterfaceTest, LetsGoOfTheClientAtProcessExit) {
+    // The plug-in's client sends its offline report from its destructor, which runs only once
+    // the registry has dropped its reference too.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(ExitWithRegisteredClient(), testing::ExitedWithCode(0), "client released");
 }
 
 TEST(ReserveServiceTest, OnlyTheMaintenanceServicesAreReserved) {

@@ -42,9 +42,10 @@ Registry& TheRegistry() {
     return *registry;
 }
 
+// Replaces the object in `slot` (a member of `registry`) and counts non-null objects.
 template <typename T>
-void Store(std::shared_ptr<T>& slot, std::uint32_t& count, std::shared_ptr<T> object) {
-    Registry& registry = TheRegistry();
+void Store(Registry& registry, std::shared_ptr<T>& slot, std::uint32_t& count,
+           std::shared_ptr<T> object) {
     std::shared_ptr<T> previous;  // dies after the lock is released
     std::lock_guard<std::mutex> lock(registry.mutex);
     if (object) {
@@ -58,13 +59,13 @@ void Store(std::shared_ptr<T>& slot, std::uint32_t& count, std::shared_ptr<T> ob
 void RegisterDfxInterface::RegisterDfxConfigInterface(
     std::shared_ptr<DDSDfxConfigInterface> config) {
     Registry& registry = TheRegistry();
-    Store(registry.config, registry.configCount, std::move(config));
+    Store(registry, registry.config, registry.configCount, std::move(config));
 }
 
 void RegisterDfxInterface::RegisterOrxMaintaindInterface(
     std::shared_ptr<OrxMaintaindInterface> client) {
     Registry& registry = TheRegistry();
-    Store(registry.client, registry.clientCount, std::move(client));
+    Store(registry, registry.client, registry.clientCount, std::move(client));
 }
 
 std::shared_ptr<DDSDfxConfigInterface> RegisterDfxInterface::GetDfxConfigInterface() {

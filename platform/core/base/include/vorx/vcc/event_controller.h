@@ -37,6 +37,8 @@ VCC_EXPORT long GetCurMonoTime();
 // their destructors during static destruction at process exit (the maintenance client schedules
 // and waits for its last reports then); an instance that could already be gone at that point
 // would turn those destructors into use-after-free. The worker simply ends with the process.
+// The worker is not carried over by fork(): a child process must not use an instance that its
+// parent had created.
 class VCC_EXPORT EventController {
   public:
     // The process-wide controller. Never returns nullptr; safe to call during static
