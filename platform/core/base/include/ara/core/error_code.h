@@ -4,6 +4,7 @@
 #include <exception>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "ara/core/error_domain.h"
 
@@ -15,7 +16,10 @@ class ErrorCode final {
   public:
     // Builds the code from an error enumeration through the MakeErrorCode overload of the
     // enumeration's namespace, e.g. `ErrorCode ec = ara::com::ComErrc::kServiceNotAvailable;`.
-    template <typename EnumT, typename = std::enable_if_t<std::is_enum<EnumT>::value>>
+    // Only enumerations that have such an overload take part in overload resolution.
+    template <typename EnumT, typename = std::enable_if_t<std::is_enum<EnumT>::value>,
+              typename = decltype(MakeErrorCode(std::declval<EnumT>(),
+                                                ErrorDomain::SupportDataType{}))>
     ErrorCode(EnumT e, ErrorDomain::SupportDataType data = 0)  // NOLINT(runtime/explicit)
         : ErrorCode(MakeErrorCode(e, data)) {}
 
