@@ -145,10 +145,14 @@ class DdsTransport::Impl {
         if (!status.ok()) {
             return status;
         }
-        peers_ = std::make_unique<PeerTopics>(participant_, discovery_.get(),
-                                              [this](uint16_t serviceId, const std::string& topic) {
-                                                  OnRequestTopic(serviceId, topic);
-                                              });
+        peers_ = std::make_unique<PeerTopics>(
+            participant_, discovery_.get(),
+            [this](uint16_t serviceId, const std::string& topic) {
+                OnRequestTopic(serviceId, topic);
+            },
+            [this](uint16_t serviceId, const std::string& topic) {
+                OnEventTopic(serviceId, topic);
+            });
         return peers_->Start();
     }
 
@@ -184,15 +188,37 @@ class DdsTransport::Impl {
         return status;
     }
 
+    bool Served(uint16_t serviceId) {
+        std::lock_guard<std::mutex> lock(routesMutex_);
+        return servedServices_.count(serviceId) != 0;
+    }
+
     void OnRequestTopic(uint16_t serviceId, const std::string& topic) {
-        bool served = false;
-        {
-            std::lock_guard<std::mutex> lock(routesMutex_);
-            served = servedServices_.count(serviceId) != 0;
-        }
-        if (served) {
+        if (Served(serviceId)) {
             ListenMethodTopic(topic);
         }
+    }
+
+    // A subscriber of an event of `serviceId` showed up. When we offer that
+    // service, make the writer of its topic now: the subscriber then knows the
+    // writer before the first sample, and the writer knows the subscriber.
+    void OnEventTopic(uint16_t serviceId, const std::string& topic) {
+        if (Served(serviceId)) {
+            requests_->Post([this, topic] { PrepareEventWriter(topic); });
+        }
+    }
+
+    void PrepareEventWriter(const std::string& topic) {
+        EventTopic settings;
+        settings.topic = topic;
+        DdsStatus status;
+        if (auto endpoint = Endpoint(topic, EventEndpointQos(settings), nullptr, &status)) {
+            endpoint->PrepareWriter(FrameKind::kEvent, std::string());
+        }
+    }
+
+    bool OnOwnThread() const {
+        return discovery_->OnThisThread() || receive_->OnThisThread() || requests_->OnThisThread();
     }
 
     void OnLost(const ServiceOffer& offer) {
@@ -412,6 +438,9 @@ DdsStatus DdsTransport::Serve(uint64_t providerId, uint16_t serviceId, FrameHand
             return status;
         }
     }
+    for (const auto& topic : impl_->peers_->EventTopics(serviceId)) {
+        impl_->PrepareEventWriter(topic);
+    }
     return DdsStatus::Ok();
 }
 
@@ -428,6 +457,10 @@ void DdsTransport::StopServing(uint64_t providerId) {
         impl_->servers_.erase(found);
     }
     slot->Close();
+}
+
+std::set<std::string> DdsTransport::AnnouncedRequestTopics(uint16_t serviceId) const {
+    return impl_->peers_->RequestTopics(serviceId);
 }
 
 DdsStatus DdsTransport::ListenForRequests(uint16_t /*serviceId*/, const std::string& topic) {
@@ -520,15 +553,25 @@ DdsStatus DdsTransport::Publish(const EventTopic& topic, Frame sample) {
 
 uint64_t DdsTransport::Subscribe(const EventTopic& topic, uint16_t serviceId,
                                  const std::string& instanceId, uint32_t entityId,
-                                 FrameHandler onSample, DdsStatus* status) {
+                                 FrameHandler onSample, const ParticipantGuid* provider,
+                                 DdsStatus* status) {
     const std::string tag = PeerTopics::EventTag(serviceId, entityId);
-    if (!impl_->Endpoint(topic.topic, EventEndpointQos(topic), &tag, status)) {
+    auto endpoint = impl_->Endpoint(topic.topic, EventEndpointQos(topic), &tag, status);
+    if (!endpoint) {
         return 0;
     }
     const uint64_t id = NewId();
-    std::lock_guard<std::mutex> lock(impl_->routesMutex_);
-    impl_->subscriptions_.emplace(id, Subscription{serviceId, instanceId, entityId,
+    {
+        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        impl_->subscriptions_.emplace(id,
+                                      Subscription{serviceId, instanceId, entityId,
                                                    std::make_shared<Slot>(std::move(onSample))});
+    }
+    if (provider != nullptr && !impl_->OnOwnThread()) {
+        // Not an error when it does not come: the provider may never publish
+        // this event.
+        endpoint->WaitForWriterOf(*provider, impl_->MatchWait());
+    }
     return id;
 }
 

@@ -15,6 +15,7 @@ namespace {
 // How long a reliable write may block on a full history before it fails.
 constexpr int64_t kMaxBlockingMs = 500;
 constexpr uint32_t kTakeBatch = 64;
+constexpr uint32_t kMinEventDepth = 256;
 
 void SetTag(dds_qos_t* qos, const std::string& tag) {
     if (!tag.empty()) {
@@ -27,8 +28,7 @@ dds_qos_t* ReaderQos(const EndpointQos& qos, const std::string& tag) {
     dds_qset_reliability(
         q, qos.reliableReader ? DDS_RELIABILITY_RELIABLE : DDS_RELIABILITY_BEST_EFFORT,
         DDS_MSECS(kMaxBlockingMs));
-    dds_qset_durability(
-        q, qos.transientLocalReader ? DDS_DURABILITY_TRANSIENT_LOCAL : DDS_DURABILITY_VOLATILE);
+    dds_qset_durability(q, DDS_DURABILITY_VOLATILE);
     dds_qset_history(q, qos.keepAll ? DDS_HISTORY_KEEP_ALL : DDS_HISTORY_KEEP_LAST,
                      static_cast<int32_t>(qos.depth));
     SetTag(q, tag);
@@ -38,12 +38,58 @@ dds_qos_t* ReaderQos(const EndpointQos& qos, const std::string& tag) {
 dds_qos_t* WriterQos(const EndpointQos& qos, const std::string& tag) {
     dds_qos_t* q = dds_create_qos();
     dds_qset_reliability(q, DDS_RELIABILITY_RELIABLE, DDS_MSECS(kMaxBlockingMs));
-    dds_qset_durability(
-        q, qos.transientLocalWriter ? DDS_DURABILITY_TRANSIENT_LOCAL : DDS_DURABILITY_VOLATILE);
+    dds_qset_durability(q, DDS_DURABILITY_VOLATILE);
     dds_qset_history(q, qos.keepAll ? DDS_HISTORY_KEEP_ALL : DDS_HISTORY_KEEP_LAST,
                      static_cast<int32_t>(qos.depth));
     SetTag(q, tag);
     return q;
+}
+
+// True when `entity` (a writer, or a reader with writerSide false) has matched
+// an endpoint of participant `peer`.
+bool MatchedWith(dds_entity_t entity, bool writerSide, const ParticipantGuid& peer) {
+    std::vector<dds_instance_handle_t> handles(16);
+    auto list = [&] {
+        return writerSide ? dds_get_matched_subscriptions(entity, handles.data(), handles.size())
+                          : dds_get_matched_publications(entity, handles.data(), handles.size());
+    };
+    dds_return_t count = list();
+    if (count > static_cast<dds_return_t>(handles.size())) {
+        handles.resize(static_cast<size_t>(count));
+        count = list();
+    }
+    for (dds_return_t i = 0; i < count && i < static_cast<dds_return_t>(handles.size()); ++i) {
+        const dds_instance_handle_t handle = handles[static_cast<size_t>(i)];
+        dds_builtintopic_endpoint_t* endpoint =
+            writerSide ? dds_get_matched_subscription_data(entity, handle)
+                       : dds_get_matched_publication_data(entity, handle);
+        if (endpoint == nullptr) {
+            continue;
+        }
+        const bool same = std::memcmp(endpoint->participant_key.v, peer.data(), peer.size()) == 0;
+        dds_builtintopic_free_endpoint(endpoint);
+        if (same) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Checks `done` with growing pauses until it holds or `wait` has passed.
+template <class Check>
+bool PollUntil(std::chrono::milliseconds wait, Check&& done) {
+    const auto deadline = std::chrono::steady_clock::now() + wait;
+    auto pause = std::chrono::microseconds(200);
+    for (;;) {
+        if (done()) {
+            return true;
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(pause);
+        pause = std::min(pause * 2, std::chrono::microseconds(5000));
+    }
 }
 
 size_t KindIndex(FrameKind kind) {
@@ -62,10 +108,10 @@ EndpointQos MethodEndpointQos() {
 EndpointQos EventEndpointQos(const EventTopic& topic) {
     EndpointQos qos;
     qos.keepAll = false;
-    qos.depth = topic.historyDepth == 0 ? 16 : topic.historyDepth;
+    // Deep enough that samples written before a new subscriber knew the writer
+    // are still there to be sent again when it asks.
+    qos.depth = std::max<uint32_t>(topic.historyDepth, kMinEventDepth);
     qos.reliableReader = topic.reliable;
-    qos.transientLocalReader = topic.transientLocal;
-    qos.transientLocalWriter = true;
     return qos;
 }
 
@@ -134,28 +180,6 @@ DdsStatus FrameEndpoint::EnsureWriter(FrameKind kind, const std::string& tag,
     return DdsStatus::Ok();
 }
 
-bool FrameEndpoint::WriterReaches(dds_entity_t writer, const ParticipantGuid& peer) {
-    std::vector<dds_instance_handle_t> handles(16);
-    dds_return_t count = dds_get_matched_subscriptions(writer, handles.data(), handles.size());
-    if (count > static_cast<dds_return_t>(handles.size())) {
-        handles.resize(static_cast<size_t>(count));
-        count = dds_get_matched_subscriptions(writer, handles.data(), handles.size());
-    }
-    for (dds_return_t i = 0; i < count && i < static_cast<dds_return_t>(handles.size()); ++i) {
-        dds_builtintopic_endpoint_t* endpoint =
-            dds_get_matched_subscription_data(writer, handles[static_cast<size_t>(i)]);
-        if (endpoint == nullptr) {
-            continue;
-        }
-        const bool same = std::memcmp(endpoint->participant_key.v, peer.data(), peer.size()) == 0;
-        dds_builtintopic_free_endpoint(endpoint);
-        if (same) {
-            return true;
-        }
-    }
-    return false;
-}
-
 DdsStatus FrameEndpoint::WaitForPeer(FrameKind kind, dds_entity_t writer,
                                      const ParticipantGuid& peer,
                                      std::chrono::milliseconds matchWait) {
@@ -167,22 +191,14 @@ DdsStatus FrameEndpoint::WaitForPeer(FrameKind kind, dds_entity_t writer,
     }
     // Only the first message to a new peer waits here: discovery of the
     // peer's reader usually completes within milliseconds.
-    const auto deadline = std::chrono::steady_clock::now() + matchWait;
-    auto pause = std::chrono::microseconds(200);
-    for (;;) {
-        if (WriterReaches(writer, peer)) {
-            std::lock_guard<std::mutex> lock(mutex_);
-            reached_.insert({kind, peer});
-            return DdsStatus::Ok();
-        }
-        if (std::chrono::steady_clock::now() >= deadline) {
-            return DdsStatus(DdsErrc::kNoPeer, "write on topic \"" + topicName_ +
-                                                   "\": no reader of the peer matched within " +
-                                                   std::to_string(matchWait.count()) + " ms");
-        }
-        std::this_thread::sleep_for(pause);
-        pause = std::min(pause * 2, std::chrono::microseconds(5000));
+    if (!PollUntil(matchWait, [&] { return MatchedWith(writer, true, peer); })) {
+        return DdsStatus(DdsErrc::kNoPeer, "write on topic \"" + topicName_ +
+                                               "\": no reader of the peer matched within " +
+                                               std::to_string(matchWait.count()) + " ms");
     }
+    std::lock_guard<std::mutex> lock(mutex_);
+    reached_.insert({kind, peer});
+    return DdsStatus::Ok();
 }
 
 DdsStatus FrameEndpoint::Write(const Frame& frame, const std::string& tag,
@@ -205,6 +221,16 @@ DdsStatus FrameEndpoint::Write(const Frame& frame, const std::string& tag,
         return TranslateReturnCode(rc, "write on topic \"" + topicName_ + "\"");
     }
     return DdsStatus::Ok();
+}
+
+bool FrameEndpoint::WaitForWriterOf(const ParticipantGuid& peer,
+                                    std::chrono::milliseconds matchWait) {
+    dds_entity_t reader = 0;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        reader = reader_;
+    }
+    return reader > 0 && PollUntil(matchWait, [&] { return MatchedWith(reader, false, peer); });
 }
 
 void FrameEndpoint::TakeAll(std::vector<Frame>* out) {

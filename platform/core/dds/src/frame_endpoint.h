@@ -24,15 +24,15 @@ namespace dds {
 
 // QoS of a frame topic. Method topics keep every sample until it is taken and
 // acknowledged (flow control instead of loss); event topics keep the last
-// `depth` samples.
+// `depth` samples. Writers are always reliable, readers reliable unless asked
+// otherwise. Everything is volatile: with a transient-local writer, Cyclone
+// treats what was written before a reader discovered the writer as history
+// and a volatile reader never gets it, so the first samples of a new writer
+// would be lost.
 struct EndpointQos {
     bool keepAll{true};
     uint32_t depth{16};
     bool reliableReader{true};
-    bool transientLocalReader{false};
-    // Writers are always reliable; event writers are also transient-local so
-    // that subscribers asking for recent samples get them.
-    bool transientLocalWriter{false};
 };
 
 EndpointQos MethodEndpointQos();
@@ -64,13 +64,16 @@ class FrameEndpoint {
     DdsStatus Write(const Frame& frame, const std::string& tag, const ParticipantGuid* peer,
                     std::chrono::milliseconds matchWait);
 
+    // Waits up to `matchWait` until the reader has matched a writer of `peer`.
+    // True when it has.
+    bool WaitForWriterOf(const ParticipantGuid& peer, std::chrono::milliseconds matchWait);
+
     // Takes every waiting frame and appends it to `out`. Samples that only carry
     // an instance state change are skipped.
     void TakeAll(std::vector<Frame>* out);
 
   private:
     DdsStatus EnsureWriter(FrameKind kind, const std::string& tag, dds_entity_t* writer);
-    bool WriterReaches(dds_entity_t writer, const ParticipantGuid& peer);
     DdsStatus WaitForPeer(FrameKind kind, dds_entity_t writer, const ParticipantGuid& peer,
                           std::chrono::milliseconds matchWait);
 

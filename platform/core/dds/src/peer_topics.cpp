@@ -59,10 +59,11 @@ std::string PeerTopics::EventTag(uint16_t serviceId, uint32_t entityId) {
 }
 
 PeerTopics::PeerTopics(std::shared_ptr<Participant> participant, DispatchThread* thread,
-                       RequestTopicHandler onRequestTopic)
+                       TopicHandler onRequestTopic, TopicHandler onEventTopic)
     : participant_(std::move(participant)),
       thread_(thread),
-      onRequestTopic_(std::move(onRequestTopic)) {}
+      onRequestTopic_(std::move(onRequestTopic)),
+      onEventTopic_(std::move(onEventTopic)) {}
 
 PeerTopics::~PeerTopics() {
     Stop();
@@ -123,6 +124,17 @@ std::set<std::string> PeerTopics::EventTopics(uint16_t serviceId, uint32_t entit
     std::lock_guard<std::mutex> lock(mutex_);
     auto found = eventTopics_.find({serviceId, entityId});
     return found == eventTopics_.end() ? std::set<std::string>() : found->second;
+}
+
+std::set<std::string> PeerTopics::EventTopics(uint16_t serviceId) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    std::set<std::string> topics;
+    for (const auto& entry : eventTopics_) {
+        if (entry.first.first == serviceId) {
+            topics.insert(entry.second.begin(), entry.second.end());
+        }
+    }
+    return topics;
 }
 
 std::vector<std::pair<std::string, std::string>> PeerTopics::TakeTagged(dds_entity_t reader) {
@@ -206,9 +218,17 @@ void PeerTopics::OnSubscriptions() {
             serviceId > 0xFFFF) {
             continue;
         }
-        std::lock_guard<std::mutex> lock(mutex_);
-        eventTopics_[{static_cast<uint16_t>(serviceId), static_cast<uint32_t>(entityId)}].insert(
-            topic);
+        bool added = false;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            added =
+                eventTopics_[{static_cast<uint16_t>(serviceId), static_cast<uint32_t>(entityId)}]
+                    .insert(topic)
+                    .second;
+        }
+        if (added && onEventTopic_) {
+            onEventTopic_(static_cast<uint16_t>(serviceId), topic);
+        }
     }
 }
 

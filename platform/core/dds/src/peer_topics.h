@@ -31,15 +31,15 @@ namespace dds {
 // Entries are kept for the life of the transport (topic names are few).
 class PeerTopics {
   public:
-    // Called on the discovery thread the first time a request topic of a
-    // service is seen.
-    using RequestTopicHandler = std::function<void(uint16_t serviceId, const std::string& topic)>;
+    // Called on the discovery thread the first time a request topic (or an
+    // event topic) of a service is seen.
+    using TopicHandler = std::function<void(uint16_t serviceId, const std::string& topic)>;
 
     static std::string RequestTag(uint16_t serviceId);
     static std::string EventTag(uint16_t serviceId, uint32_t entityId);
 
     PeerTopics(std::shared_ptr<Participant> participant, DispatchThread* thread,
-               RequestTopicHandler onRequestTopic);
+               TopicHandler onRequestTopic, TopicHandler onEventTopic);
     ~PeerTopics();
 
     DdsStatus Start();
@@ -50,6 +50,8 @@ class PeerTopics {
     std::set<std::string> RequestTopics(uint16_t serviceId) const;
     // Topics subscribers read event `entityId` of `serviceId` from.
     std::set<std::string> EventTopics(uint16_t serviceId, uint32_t entityId) const;
+    // Topics subscribers read any event of `serviceId` from.
+    std::set<std::string> EventTopics(uint16_t serviceId) const;
 
   private:
     void OnPublications();   // discovery thread
@@ -60,7 +62,8 @@ class PeerTopics {
 
     const std::shared_ptr<Participant> participant_;
     DispatchThread* const thread_;
-    const RequestTopicHandler onRequestTopic_;
+    const TopicHandler onRequestTopic_;
+    const TopicHandler onEventTopic_;
 
     mutable std::mutex mutex_;
     dds_entity_t publications_{0};                             // guarded by mutex_

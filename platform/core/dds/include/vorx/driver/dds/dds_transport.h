@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -91,6 +92,9 @@ class VCC_EXPORT DdsTransport {
     DdsStatus Serve(uint64_t providerId, uint16_t serviceId, FrameHandler onRequest);
     // After it returns the handler of `providerId` is not called again.
     void StopServing(uint64_t providerId);
+    // Request topics that clients of `serviceId` announced so far (seen from DDS
+    // discovery; includes this process's own clients).
+    std::set<std::string> AnnouncedRequestTopics(uint16_t serviceId) const;
     // Also reads requests of `serviceId` from `topic` before any client shows up.
     DdsStatus ListenForRequests(uint16_t serviceId, const std::string& topic);
     // Sends `reply` on `replyTopic` (the request's replyTopic), first waiting for
@@ -121,9 +125,15 @@ class VCC_EXPORT DdsTransport {
     DdsStatus Publish(const EventTopic& topic, Frame sample);
     // Hands every sample of event `entityId` of serviceId/instanceId read from
     // `topic` to `onSample` on the receive thread (an instance matching any
-    // takes every instance). Returns the subscription id, or 0 with *status.
+    // takes every instance). With `provider` set (the offer's participant),
+    // first waits up to the match wait until our reader has matched its writer
+    // (an offering transport makes that writer as soon as it sees the
+    // subscriber), so that samples published after the return arrive; on the
+    // transport's own threads it does not wait. Returns the subscription id, or
+    // 0 with *status.
     uint64_t Subscribe(const EventTopic& topic, uint16_t serviceId, const std::string& instanceId,
-                       uint32_t entityId, FrameHandler onSample, DdsStatus* status);
+                       uint32_t entityId, FrameHandler onSample, const ParticipantGuid* provider,
+                       DdsStatus* status);
     // After it returns the handler of this subscription is not called again.
     void Unsubscribe(uint64_t subscriptionId);
 

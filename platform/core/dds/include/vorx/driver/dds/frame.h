@@ -121,8 +121,7 @@ struct MethodTopics {
 struct EventTopic {
     std::string topic;
     uint32_t historyDepth{16};
-    bool reliable{true};         // subscriber side; writers are always reliable
-    bool transientLocal{false};  // subscriber side: also get the recent samples on joining
+    bool reliable{true};  // subscriber side; writers are always reliable
 };
 
 }  // namespace dds

@@ -1,0 +1,628 @@
+#include "vorx/driver/dds/dds_driver.h"
+
+#include <map>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "ara/kelda/common/log/log.h"
+#include "callback_slot.h"
+#include "topic_resolver.h"
+#include "vorx/vcc/driver/driver_registry.h"
+
+namespace vorx {
+namespace driver {
+namespace dds {
+
+namespace {
+
+using ara::kelda::common::log::DefaultLimitConfig;
+using ara::kelda::common::log::Log;
+
+constexpr const char* kDriverName = "dds";
+
+std::shared_ptr<Log> DriverLog() {
+    return Log::GetLog("CM");
+}
+
+FindFilter FilterOf(const vcc::ServiceDescription& desc) {
+    FindFilter filter;
+    filter.driverType = static_cast<uint8_t>(desc.driverType);
+    filter.serviceId = desc.serviceId;
+    filter.instanceId = desc.instanceId;
+    filter.servicePath = desc.serviceName;
+    return filter;
+}
+
+// Same binding, service and instance: an offer a client of `handle` may talk to.
+bool SameService(const ServiceOffer& offer, const vcc::ServiceDescription& desc) {
+    return offer.driverType == static_cast<uint8_t>(desc.driverType) &&
+           offer.serviceId == desc.serviceId && offer.servicePath == desc.serviceName &&
+           offer.instanceId == desc.instanceId;
+}
+
+vcc::HandleType HandleOf(const ServiceOffer& offer, const std::string& network) {
+    vcc::ServiceDescription desc;
+    desc.serviceId = offer.serviceId;
+    desc.instanceId = offer.instanceId;
+    desc.serviceName = offer.servicePath;
+    desc.driverType = static_cast<vcc::api::types::DriverType>(offer.driverType);
+    desc.network = network;
+    return vcc::HandleType(desc, offer.providerId);
+}
+
+// Bytes of a payload for the wire; false for a payload that holds an object
+// only (this driver cannot encode it).
+bool WireBytes(const vcc::Payload& payload, std::vector<uint8_t>* out) {
+    if (payload.HasObject() && !payload.HasBytes()) {
+        return false;
+    }
+    *out = payload.GetBytes();
+    return true;
+}
+
+vcc::Payload PayloadOf(std::vector<uint8_t> bytes) {
+    return vcc::Payload::FromBytes(std::move(bytes));
+}
+
+// Everything one client's callbacks need; shared with the transport's handlers.
+struct ClientState {
+    vcc::ClientCallbacks callbacks;
+    Gate gate;
+};
+
+struct ReplyRoute {
+    std::string topic;
+    ParticipantGuid client{};
+};
+
+struct OfferEntry {
+    vcc::ServiceDescription desc;
+    std::map<uint32_t, uint64_t> lastSequence;                        // per event
+    std::map<uint32_t, EventTopic> eventTopics;                       // resolved per event
+    std::map<std::pair<uint64_t, uint32_t>, ReplyRoute> replyRoutes;  // (client, method)
+};
+
+struct ClientEntry {
+    vcc::HandleType handle;
+    std::shared_ptr<ClientState> state;
+    vcc::ProviderId target{0};  // the offer requests went to last; 0 before the first one
+    std::map<uint32_t, MethodTopics> methodTopics;  // resolved per method
+    std::map<uint32_t, uint64_t> subscriptions;     // event -> transport subscription
+};
+
+}  // namespace
+
+class DdsDriver::Impl {
+  public:
+    explicit Impl(std::shared_ptr<DdsTransport> transport) : transport_(std::move(transport)) {}
+
+    void Start() {
+        transport_->SetOfferLostHandler([this](const ServiceOffer& offer) { OnOfferLost(offer); });
+    }
+
+    ~Impl() { transport_->SetOfferLostHandler(nullptr); }
+
+    vcc::ProviderId Offer(const vcc::ServiceDescription& desc, vcc::ServerCallbacks callbacks) {
+        const vcc::ProviderId provider = transport_->NewId();
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            offers_[provider] = OfferEntry{desc, {}, {}, {}};
+        }
+        auto onRequest = std::move(callbacks.onRequest);
+        DdsStatus status =
+            transport_->Serve(provider, desc.serviceId, [this, provider, onRequest](Frame frame) {
+                OnRequest(provider, onRequest, std::move(frame));
+            });
+        if (status.ok()) {
+            ServiceOffer offer;
+            offer.providerId = provider;
+            offer.serviceId = desc.serviceId;
+            offer.instanceId = desc.instanceId;
+            offer.servicePath = desc.serviceName;
+            offer.driverType = static_cast<uint8_t>(desc.driverType);
+            status = transport_->Offer(offer);
+        }
+        if (!status.ok()) {
+            DriverLog()->LogWarn()
+                << "[DdsDriver][Offer failed][serviceId=" << desc.serviceId
+                << ", instanceId=" << desc.instanceId << ", reason=" << status.message() << "]";
+            transport_->StopServing(provider);
+            std::lock_guard<std::mutex> lock(mutex_);
+            offers_.erase(provider);
+            return 0;
+        }
+        return provider;
+    }
+
+    void StopOffer(vcc::ProviderId provider) {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (offers_.erase(provider) == 0) {
+                return;
+            }
+        }
+        const DdsStatus status = transport_->StopOffer(provider);
+        if (!status.ok()) {
+            DriverLog()->LogWarn()
+                << "[DdsDriver][Withdrawing an offer failed][reason=" << status.message() << "]";
+        }
+        transport_->StopServing(provider);
+    }
+
+    vcc::FindId StartFind(const vcc::ServiceDescription& search, vcc::FindCallback callback) {
+        const std::string network = search.network;
+        return transport_->StartFind(
+            FilterOf(search),
+            [callback = std::move(callback), network](const std::vector<ServiceOffer>& offers) {
+                vcc::ServiceHandleContainer handles;
+                handles.reserve(offers.size());
+                for (const auto& offer : offers) {
+                    handles.push_back(HandleOf(offer, network));
+                }
+                if (callback) {
+                    callback(handles);
+                }
+            });
+    }
+
+    void StopFind(vcc::FindId find) { transport_->StopFind(find); }
+
+    vcc::ClientId Connect(const vcc::HandleType& handle, vcc::ClientCallbacks callbacks) {
+        const vcc::ClientId client = transport_->NewId();
+        auto state = std::make_shared<ClientState>();
+        state->callbacks = std::move(callbacks);
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            clients_[client] = ClientEntry{handle, state, 0, {}, {}};
+        }
+        transport_->OpenClient(client, [state](Frame frame) {
+            state->gate.Run([&] {
+                if (state->callbacks.onReply) {
+                    state->callbacks.onReply(ReplyOf(std::move(frame)));
+                }
+            });
+        });
+        return client;
+    }
+
+    void Disconnect(vcc::ClientId client) {
+        std::shared_ptr<ClientState> state;
+        std::map<uint32_t, uint64_t> subscriptions;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto found = clients_.find(client);
+            if (found == clients_.end()) {
+                return;
+            }
+            state = found->second.state;
+            subscriptions.swap(found->second.subscriptions);
+            clients_.erase(found);
+        }
+        transport_->CloseClient(client);
+        for (const auto& entry : subscriptions) {
+            transport_->Unsubscribe(entry.second);
+        }
+        state->gate.Close();
+    }
+
+    bool SendRequest(vcc::ClientId client, vcc::MethodCall call) {
+        vcc::HandleType handle;
+        std::optional<MethodTopics> cached;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto found = clients_.find(client);
+            if (found == clients_.end()) {
+                return false;
+            }
+            handle = found->second.handle;
+            auto topics = found->second.methodTopics.find(call.entityId);
+            if (topics != found->second.methodTopics.end()) {
+                cached = topics->second;
+            }
+        }
+        const std::optional<ServiceOffer> offer = TargetOffer(handle);
+        if (!offer) {
+            return false;
+        }
+        if (!cached) {
+            cached = resolver_.ResolveMethod(handle.GetDescription(), call.entityId);
+        }
+        Frame frame;
+        if (!WireBytes(call.payload, &frame.payload)) {
+            LogRefusedObject("request", call.entityId);
+            return false;
+        }
+        frame.serviceId = offer->serviceId;
+        frame.instanceId = offer->instanceId;
+        frame.entityId = call.entityId;
+        frame.providerId = offer->providerId;
+        frame.clientId = client;
+        frame.sessionId = call.sessionId;
+        const DdsStatus status =
+            transport_->SendRequest(*cached, std::move(frame), offer->providerGuid);
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto found = clients_.find(client);
+            if (found != clients_.end()) {
+                found->second.methodTopics[call.entityId] = *cached;
+                if (status.ok()) {
+                    found->second.target = offer->providerId;
+                }
+            }
+        }
+        if (!status.ok()) {
+            DriverLog()->LogWarn(DefaultLimitConfig("DdsDriver_SendRequest"))
+                << "[DdsDriver][Request not sent][entityId=" << call.entityId
+                << ", reason=" << status.message() << "]";
+        }
+        return status.ok();
+    }
+
+    bool SendReply(vcc::ProviderId provider, vcc::MethodReply reply) {
+        ReplyRoute route;
+        Frame frame;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto offer = offers_.find(provider);
+            if (offer == offers_.end()) {
+                return false;
+            }
+            auto found = offer->second.replyRoutes.find({reply.clientId, reply.entityId});
+            if (found == offer->second.replyRoutes.end()) {
+                return false;
+            }
+            route = found->second;
+            frame.serviceId = offer->second.desc.serviceId;
+            frame.instanceId = offer->second.desc.instanceId;
+        }
+        if (!WireBytes(reply.payload, &frame.payload)) {
+            LogRefusedObject("reply", reply.entityId);
+            return false;
+        }
+        frame.entityId = reply.entityId;
+        frame.providerId = provider;
+        frame.clientId = reply.clientId;
+        frame.sessionId = reply.sessionId;
+        frame.replyKind = static_cast<uint8_t>(reply.kind);
+        frame.errorDomain = reply.errorDomainId;
+        frame.errorCode = std::move(reply.errorCode);
+        frame.errorMessage = std::move(reply.errorMessage);
+        frame.tlsFailure = reply.tlsFailure;
+        frame.e2eResult = reply.e2eResult;
+        const DdsStatus status = transport_->SendReply(route.topic, std::move(frame), route.client);
+        if (!status.ok()) {
+            DriverLog()->LogWarn(DefaultLimitConfig("DdsDriver_SendReply"))
+                << "[DdsDriver][Reply not sent][entityId=" << reply.entityId
+                << ", reason=" << status.message() << "]";
+        }
+        return status.ok();
+    }
+
+    bool Publish(vcc::ProviderId provider, vcc::EventSample sample) {
+        Frame frame;
+        std::optional<EventTopic> topic;
+        vcc::ServiceDescription desc;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto offer = offers_.find(provider);
+            if (offer == offers_.end()) {
+                return false;
+            }
+            desc = offer->second.desc;
+            frame.sequenceNumber = ++offer->second.lastSequence[sample.entityId];
+            auto found = offer->second.eventTopics.find(sample.entityId);
+            if (found != offer->second.eventTopics.end()) {
+                topic = found->second;
+            }
+        }
+        if (!topic) {
+            topic = resolver_.ResolveEvent(desc, sample.entityId);
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto offer = offers_.find(provider);
+            if (offer != offers_.end()) {
+                offer->second.eventTopics[sample.entityId] = *topic;
+            }
+        }
+        if (!WireBytes(sample.payload, &frame.payload)) {
+            LogRefusedObject("event sample", sample.entityId);
+            return false;
+        }
+        frame.serviceId = desc.serviceId;
+        frame.instanceId = desc.instanceId;
+        frame.entityId = sample.entityId;
+        frame.providerId = provider;
+        const DdsStatus status = transport_->Publish(*topic, std::move(frame));
+        if (!status.ok()) {
+            DriverLog()->LogWarn(DefaultLimitConfig("DdsDriver_Publish"))
+                << "[DdsDriver][Event sample not sent][entityId=" << sample.entityId
+                << ", reason=" << status.message() << "]";
+        }
+        return status.ok();
+    }
+
+    bool Subscribe(vcc::ClientId client, uint32_t entityId) {
+        vcc::HandleType handle;
+        std::shared_ptr<ClientState> state;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto found = clients_.find(client);
+            if (found == clients_.end()) {
+                return false;
+            }
+            if (found->second.subscriptions.count(entityId) != 0) {
+                return true;
+            }
+            handle = found->second.handle;
+            state = found->second.state;
+        }
+        const EventTopic topic = resolver_.ResolveEvent(handle.GetDescription(), entityId);
+        const std::optional<ServiceOffer> offer = TargetOffer(handle);
+        DdsStatus status;
+        const uint64_t subscription = transport_->Subscribe(
+            topic, handle.GetServiceId(), handle.GetInstanceId(), entityId,
+            [state](Frame frame) {
+                state->gate.Run([&] {
+                    if (state->callbacks.onEvent) {
+                        state->callbacks.onEvent(SampleOf(std::move(frame)));
+                    }
+                });
+            },
+            offer ? &offer->providerGuid : nullptr, &status);
+        if (subscription == 0) {
+            DriverLog()->LogWarn() << "[DdsDriver][Subscribe failed][entityId=" << entityId
+                                   << ", reason=" << status.message() << "]";
+            return false;
+        }
+        bool keep = false;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto found = clients_.find(client);
+            if (found != clients_.end()) {
+                keep = found->second.subscriptions.emplace(entityId, subscription).second;
+            }
+        }
+        if (!keep) {
+            // Disconnected or subscribed twice meanwhile.
+            transport_->Unsubscribe(subscription);
+        }
+        return true;
+    }
+
+    void Unsubscribe(vcc::ClientId client, uint32_t entityId) {
+        uint64_t subscription = 0;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto found = clients_.find(client);
+            if (found == clients_.end()) {
+                return;
+            }
+            auto entry = found->second.subscriptions.find(entityId);
+            if (entry == found->second.subscriptions.end()) {
+                return;
+            }
+            subscription = entry->second;
+            found->second.subscriptions.erase(entry);
+        }
+        transport_->Unsubscribe(subscription);
+    }
+
+    // The offer a request of `handle` goes to: the one it names while it exists,
+    // else any current offer of the same service.
+    std::optional<ServiceOffer> TargetOffer(const vcc::HandleType& handle) const {
+        const vcc::ServiceDescription& desc = handle.GetDescription();
+        if (auto named = transport_->KnownOffer(handle.GetProviderId())) {
+            if (SameService(*named, desc)) {
+                return named;
+            }
+        }
+        for (const auto& offer : transport_->CurrentOffers(FilterOf(desc))) {
+            if (SameService(offer, desc)) {
+                return offer;
+            }
+        }
+        return std::nullopt;
+    }
+
+    void OnRequest(vcc::ProviderId provider,
+                   const std::function<void(vcc::ProviderId, const vcc::MethodCall&)>& onRequest,
+                   Frame frame) {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto offer = offers_.find(provider);
+            if (offer == offers_.end()) {
+                return;
+            }
+            auto& route = offer->second.replyRoutes[{frame.clientId, frame.entityId}];
+            route.topic = frame.replyTopic;
+            route.client = frame.senderGuid;
+        }
+        vcc::MethodCall call;
+        call.clientId = frame.clientId;
+        call.entityId = frame.entityId;
+        call.sessionId = frame.sessionId;
+        call.payload = PayloadOf(std::move(frame.payload));
+        if (onRequest) {
+            onRequest(provider, call);
+        }
+    }
+
+    void OnOfferLost(const ServiceOffer& offer) {
+        std::vector<std::shared_ptr<ClientState>> affected;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            for (auto& entry : clients_) {
+                ClientEntry& client = entry.second;
+                const vcc::ProviderId target =
+                    client.target != 0 ? client.target : client.handle.GetProviderId();
+                if (target == offer.providerId) {
+                    client.target = 0;
+                    affected.push_back(client.state);
+                }
+            }
+        }
+        // On the receive thread, so that loss and replies of one client never
+        // run at the same time.
+        for (const auto& state : affected) {
+            transport_->PostToReceiveThread([state] {
+                state->gate.Run([&] {
+                    if (state->callbacks.onServiceLost) {
+                        state->callbacks.onServiceLost();
+                    }
+                });
+            });
+        }
+    }
+
+    static vcc::MethodReply ReplyOf(Frame frame) {
+        vcc::MethodReply reply;
+        reply.clientId = frame.clientId;
+        reply.entityId = frame.entityId;
+        reply.sessionId = frame.sessionId;
+        reply.kind = frame.replyKind <= static_cast<uint8_t>(vcc::ReplyKind::kInvalid)
+                         ? static_cast<vcc::ReplyKind>(frame.replyKind)
+                         : vcc::ReplyKind::kInvalid;
+        if (reply.kind == vcc::ReplyKind::kValue) {
+            reply.payload = PayloadOf(std::move(frame.payload));
+        }
+        reply.errorDomainId = frame.errorDomain;
+        reply.errorCode = std::move(frame.errorCode);
+        reply.errorMessage = std::move(frame.errorMessage);
+        reply.tlsFailure = frame.tlsFailure;
+        reply.e2eResult = frame.e2eResult;
+        return reply;
+    }
+
+    static vcc::EventSample SampleOf(Frame frame) {
+        vcc::EventSample sample;
+        sample.entityId = frame.entityId;
+        sample.sequence = frame.sequenceNumber;
+        sample.sendTimeNs = static_cast<long>(LocalMonotonicSendTime(frame));
+        sample.payload = PayloadOf(std::move(frame.payload));
+        return sample;
+    }
+
+    static void LogRefusedObject(const char* what, uint32_t entityId) {
+        DriverLog()->LogWarn(DefaultLimitConfig("DdsDriver_ObjectPayload"))
+            << "[DdsDriver][A " << what
+            << " without bytes cannot travel over DDS][entityId=" << entityId << "]";
+    }
+
+    const std::shared_ptr<DdsTransport> transport_;
+    TopicResolver resolver_;
+    mutable std::mutex mutex_;
+    std::map<vcc::ProviderId, OfferEntry> offers_;  // guarded by mutex_
+    std::map<vcc::ClientId, ClientEntry> clients_;  // guarded by mutex_
+};
+
+std::shared_ptr<DdsDriver> DdsDriver::Create(const ParticipantSettings& settings,
+                                             DdsStatus* status) {
+    auto transport = DdsTransport::Create(settings, status);
+    if (!transport) {
+        return nullptr;
+    }
+    auto impl = std::make_unique<Impl>(std::move(transport));
+    impl->Start();
+    return std::shared_ptr<DdsDriver>(new DdsDriver(std::move(impl)));
+}
+
+std::shared_ptr<DdsDriver> DdsDriver::GetShared() {
+    // Never destroyed: proxies and skeletons are used from destructors at process exit.
+    static auto* const instance = [] {
+        DdsStatus status;
+        auto driver = Create(ProcessParticipantSettings(), &status);
+        if (!driver) {
+            DriverLog()->LogError()
+                << "[DdsDriver][DDS could not be started][reason=" << status.message() << "]";
+        }
+        return new std::shared_ptr<DdsDriver>(std::move(driver));
+    }();
+    return *instance;
+}
+
+DdsDriver::DdsDriver(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+
+DdsDriver::~DdsDriver() = default;
+
+std::string DdsDriver::Name() const {
+    return kDriverName;
+}
+
+vcc::PayloadMode DdsDriver::GetPayloadMode() const {
+    return vcc::PayloadMode::kBytes;
+}
+
+vcc::ProviderId DdsDriver::Offer(const vcc::ServiceDescription& offer,
+                                 vcc::ServerCallbacks callbacks) {
+    return impl_->Offer(offer, std::move(callbacks));
+}
+
+void DdsDriver::StopOffer(vcc::ProviderId provider) {
+    impl_->StopOffer(provider);
+}
+
+vcc::FindId DdsDriver::StartFind(const vcc::ServiceDescription& search,
+                                 vcc::FindCallback callback) {
+    return impl_->StartFind(search, std::move(callback));
+}
+
+void DdsDriver::StopFind(vcc::FindId find) {
+    impl_->StopFind(find);
+}
+
+vcc::ClientId DdsDriver::Connect(const vcc::HandleType& handle, vcc::ClientCallbacks callbacks) {
+    return impl_->Connect(handle, std::move(callbacks));
+}
+
+void DdsDriver::Disconnect(vcc::ClientId client) {
+    impl_->Disconnect(client);
+}
+
+bool DdsDriver::SendRequest(vcc::ClientId client, vcc::MethodCall call) {
+    return impl_->SendRequest(client, std::move(call));
+}
+
+bool DdsDriver::SendReply(vcc::ProviderId provider, vcc::MethodReply reply) {
+    return impl_->SendReply(provider, std::move(reply));
+}
+
+bool DdsDriver::Publish(vcc::ProviderId provider, vcc::EventSample sample) {
+    return impl_->Publish(provider, std::move(sample));
+}
+
+bool DdsDriver::Subscribe(vcc::ClientId client, uint32_t entityId) {
+    return impl_->Subscribe(client, entityId);
+}
+
+void DdsDriver::Unsubscribe(vcc::ClientId client, uint32_t entityId) {
+    impl_->Unsubscribe(client, entityId);
+}
+
+void DdsDriver::SetMethodTopics(uint16_t serviceId, uint32_t entityId, const MethodTopics& topics) {
+    impl_->resolver_.SetMethodTopics(serviceId, entityId, topics);
+}
+
+void DdsDriver::SetEventTopic(uint16_t serviceId, uint32_t entityId, const EventTopic& topic) {
+    impl_->resolver_.SetEventTopic(serviceId, entityId, topic);
+}
+
+DdsTransport& DdsDriver::Transport() {
+    return *impl_->transport_;
+}
+
+void RegisterDdsDriver() {
+    vcc::DriverRegistry::GetInstance()->RegisterFactory(
+        kDriverName, []() -> std::shared_ptr<vcc::Driver> { return DdsDriver::GetShared(); });
+}
+
+namespace {
+// Loading the library makes the driver selectable by name.
+[[maybe_unused]] const bool kRegisteredAtLoad = [] {
+    RegisterDdsDriver();
+    return true;
+}();
+}  // namespace
+
+}  // namespace dds
+}  // namespace driver
+}  // namespace vorx

@@ -1,0 +1,142 @@
+// Where the DDS driver's participant gets its settings, and the Cyclone
+// configuration text they become.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+#include "ara/kelda/common/log/testing.h"
+#include "vorx/driver/dds/participant_settings.h"
+
+namespace {
+
+using ara::kelda::common::log::LogLevel;
+using ara::kelda::common::log::ScopedCaptureSink;
+using vorx::driver::dds::BuildCycloneConfig;
+using vorx::driver::dds::EnvLookup;
+using vorx::driver::dds::LoadParticipantSettings;
+using vorx::driver::dds::ParticipantSettings;
+
+EnvLookup Env(std::map<std::string, std::string> values) {
+    return [values](const std::string& name) -> std::optional<std::string> {
+        auto found = values.find(name);
+        if (found == values.end()) {
+            return std::nullopt;
+        }
+        return found->second;
+    };
+}
+
+ParticipantSettings Load(const std::string& json,
+                         std::pair<std::string, bool> network = {"", false},
+                         std::map<std::string, std::string> env = {}) {
+    return LoadParticipantSettings(nlohmann::json::parse(json), "/etc/orx.json", network,
+                                   Env(std::move(env)));
+}
+
+bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+TEST(ParticipantSettings, DefaultsKeepEverythingOnLoopback) {
+    const ParticipantSettings settings = Load("{}");
+    EXPECT_EQ(settings.domainId, 0u);
+    EXPECT_EQ(settings.networkInterface, "127.0.0.1");
+    EXPECT_FALSE(settings.allowMulticast);
+    EXPECT_EQ(settings.peers, std::vector<std::string>{"127.0.0.1"});
+    EXPECT_GE(settings.maxAutoParticipantIndex, 40u);
+    EXPECT_GE(settings.leaseDurationMs, 2000u);
+    EXPECT_LE(settings.leaseDurationMs, 3000u);
+
+    const std::string xml = BuildCycloneConfig(settings);
+    EXPECT_TRUE(Has(xml, "<NetworkInterface address=\"127.0.0.1\"/>")) << xml;
+    EXPECT_TRUE(Has(xml, "<AllowMulticast>false</AllowMulticast>")) << xml;
+    EXPECT_TRUE(Has(xml, "<Peers><Peer address=\"127.0.0.1\"/></Peers>")) << xml;
+    EXPECT_TRUE(Has(xml, "<ParticipantIndex>auto</ParticipantIndex>")) << xml;
+    EXPECT_TRUE(Has(xml, "<MaxAutoParticipantIndex>63</MaxAutoParticipantIndex>")) << xml;
+    EXPECT_TRUE(Has(xml, "<LeaseDuration>3000 ms</LeaseDuration>")) << xml;
+    // Nothing but the loopback address appears anywhere.
+    EXPECT_FALSE(Has(xml, "Multicast>true")) << xml;
+}
+
+TEST(ParticipantSettings, OrxJsonAndEnvironmentOverrideInOrder) {
+    // The maintenance network alone selects its interface; without peers of its
+    // own a real network discovers by multicast.
+    ParticipantSettings settings = Load("{}", {"192.168.10.5", true});
+    EXPECT_EQ(settings.networkInterface, "192.168.10.5");
+    EXPECT_TRUE(settings.peers.empty());
+    EXPECT_TRUE(settings.allowMulticast);
+    EXPECT_FALSE(Has(BuildCycloneConfig(settings), "<Peers>"));
+
+    // The plug-in's placeholders mean "no network".
+    EXPECT_EQ(Load("{}", {"BUILTIN_APP_SERVER_FLAG", false}).networkInterface, "127.0.0.1");
+    EXPECT_EQ(Load("{}", {"UNDEFINED_NETWORK", false}).networkInterface, "127.0.0.1");
+
+    // The "dds" object wins over the maintenance network; peers switch
+    // multicast off unless it is asked for.
+    settings = Load(R"({"dds": {"domainId": 17, "networkInterface": "eth1",
+                                "peers": ["10.0.0.2", "10.0.0.3:7412"],
+                                "maxAutoParticipantIndex": 80, "leaseDurationMs": 2500}})",
+                    {"192.168.10.5", true});
+    EXPECT_EQ(settings.domainId, 17u);
+    EXPECT_EQ(settings.networkInterface, "eth1");
+    EXPECT_EQ(settings.peers, (std::vector<std::string>{"10.0.0.2", "10.0.0.3:7412"}));
+    EXPECT_FALSE(settings.allowMulticast);
+    EXPECT_EQ(settings.maxAutoParticipantIndex, 80u);
+    EXPECT_EQ(settings.leaseDurationMs, 2500u);
+    const std::string xml = BuildCycloneConfig(settings);
+    EXPECT_TRUE(Has(xml, "<NetworkInterface name=\"eth1\"/>")) << xml;
+    EXPECT_TRUE(Has(xml, "<Peer address=\"10.0.0.3:7412\"/>")) << xml;
+    EXPECT_TRUE(Has(xml, "<LeaseDuration>2500 ms</LeaseDuration>")) << xml;
+
+    EXPECT_TRUE(Load(R"({"dds": {"networkInterface": "10.1.1.1", "allowMulticast": true,
+                                  "peers": ["10.1.1.2"]}})")
+                    .allowMulticast);
+    // Back to loopback from a configured network.
+    settings = Load(R"({"dds": {"networkInterface": "127.0.0.1"}})", {"192.168.10.5", true});
+    EXPECT_EQ(settings.peers, std::vector<std::string>{"127.0.0.1"});
+    EXPECT_FALSE(settings.allowMulticast);
+
+    // The environment has the last word on the domain; CYCLONEDDS_URI hands
+    // the whole configuration to Cyclone as it stands.
+    settings = Load(R"({"dds": {"domainId": 17}})", {"", false},
+                    {{"ORX_DDS_DOMAIN", "42"}, {"CYCLONEDDS_URI", "file:///etc/cyclone.xml"}});
+    EXPECT_EQ(settings.domainId, 42u);
+    EXPECT_EQ(BuildCycloneConfig(settings), "file:///etc/cyclone.xml");
+    EXPECT_EQ(Load("{}", {"", false}, {{"CYCLONEDDS_URI", ""}}).cycloneUri, "");
+}
+
+TEST(ParticipantSettings, BadValuesAreReportedOnceAndIgnored) {
+    ScopedCaptureSink capture;
+    const ParticipantSettings settings =
+        Load(R"({"dds": {"domainId": 500, "peers": "10.0.0.2", "networkInterface": 7,
+                         "leaseDurationMs": 5, "maxAutoParticipantIndex": 0,
+                         "allowMulticast": "yes"}})",
+             {"", false}, {{"ORX_DDS_DOMAIN", "12x"}});
+    EXPECT_EQ(settings, ParticipantSettings());
+    for (const char* key :
+         {"dds.domainId", "dds.peers", "dds.networkInterface", "dds.leaseDurationMs",
+          "dds.maxAutoParticipantIndex", "dds.allowMulticast"}) {
+        EXPECT_EQ(capture->CountContaining(LogLevel::kError,
+                                           std::string("file=/etc/orx.json, key=") + key),
+                  1u)
+            << key << "\n"
+            << capture->Dump();
+    }
+    EXPECT_EQ(capture->CountContaining(LogLevel::kError, "ORX_DDS_DOMAIN][value=12x"), 1u)
+        << capture->Dump();
+
+    // A "dds" that is not an object, or a document that is not one: defaults.
+    EXPECT_EQ(Load(R"({"dds": [1, 2]})"), ParticipantSettings());
+    EXPECT_EQ(LoadParticipantSettings(nlohmann::json(), "", {"", false}, nullptr),
+              ParticipantSettings());
+}
+
+TEST(ParticipantSettings, ConfigurationTextEscapesItsValues) {
+    ParticipantSettings settings;
+    settings.peers = {"a\"b<c>&'"};
+    const std::string xml = BuildCycloneConfig(settings);
+    EXPECT_TRUE(Has(xml, "<Peer address=\"a&quot;b&lt;c&gt;&amp;&apos;\"/>")) << xml;
+}
+
+}  // namespace
