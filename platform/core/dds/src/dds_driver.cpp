@@ -461,10 +461,10 @@ class DdsDriver::Impl {
                 }
             }
         }
-        // On the receive thread, so that loss and replies of one client never
+        // On the client thread, so that loss and replies of one client never
         // run at the same time.
         for (const auto& state : affected) {
-            transport_->PostToReceiveThread([state] {
+            transport_->PostToClientThread([state] {
                 state->gate.Run([&] {
                     if (state->callbacks.onServiceLost) {
                         state->callbacks.onServiceLost();

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <ctime>
 #include <fstream>
@@ -111,7 +112,7 @@ class DdsTransport::Impl {
         if (offers_) {
             offers_->Stop();
         }
-        for (auto* thread : {discovery_.get(), receive_.get(), requests_.get()}) {
+        for (auto* thread : {discovery_.get(), client_.get(), server_.get()}) {
             if (thread != nullptr) {
                 thread->Stop();
             }
@@ -126,12 +127,12 @@ class DdsTransport::Impl {
         if (!discovery_) {
             return status;
         }
-        receive_ = DispatchThread::Start(participant_->Handle(), "dds-receive", &status);
-        if (!receive_) {
+        client_ = DispatchThread::Start(participant_->Handle(), "dds-client", &status);
+        if (!client_) {
             return status;
         }
-        requests_ = DispatchThread::Start(participant_->Handle(), "dds-requests", &status);
-        if (!requests_) {
+        server_ = DispatchThread::Start(participant_->Handle(), "dds-server", &status);
+        if (!server_) {
             return status;
         }
         ServiceOffer identity;
@@ -156,35 +157,56 @@ class DdsTransport::Impl {
         return peers_->Start();
     }
 
-    // The endpoint of `topic`, made with `qos` on first use. With `readerTag`
-    // set its reader exists (tagged so on creation) and feeds the receive thread.
+    // The endpoint of `topic`, made with `qos` on first use. With `role` set,
+    // its reader of that role exists (tagged with `readerTag` when made) and
+    // feeds the role's thread.
     std::shared_ptr<FrameEndpoint> Endpoint(const std::string& topic, const EndpointQos& qos,
-                                            const std::string* readerTag, DdsStatus* status) {
+                                            const ReaderRole* role, const std::string& readerTag,
+                                            DdsStatus* status) {
         std::lock_guard<std::mutex> lock(endpointsMutex_);
         auto& entry = endpoints_[topic];
         if (!entry.endpoint) {
             entry.endpoint = std::make_shared<FrameEndpoint>(participant_, topic, qos);
         }
         *status = DdsStatus::Ok();
-        if (readerTag != nullptr && entry.watchToken == 0) {
-            const dds_entity_t reader = entry.endpoint->Reader(*readerTag, status);
+        if (role == nullptr) {
+            return entry.endpoint;
+        }
+        uint64_t& token = entry.watchTokens[static_cast<size_t>(*role)];
+        if (token == 0) {
+            const dds_entity_t reader = entry.endpoint->Reader(*role, readerTag, status);
             if (reader < 0) {
                 return nullptr;
             }
             FrameEndpoint* raw = entry.endpoint.get();
-            entry.watchToken = receive_->Watch(
-                reader, [this, raw] { OnFrames(raw); }, status);
-            if (entry.watchToken == 0) {
+            if (*role == ReaderRole::kServer) {
+                token = server_->Watch(reader, [this, raw] { OnServerFrames(raw); }, status);
+            } else {
+                token = client_->Watch(reader, [this, raw] { OnClientFrames(raw); }, status);
+            }
+            if (token == 0) {
                 return nullptr;
             }
         }
         return entry.endpoint;
     }
 
-    DdsStatus ListenMethodTopic(const std::string& topic) {
-        static const std::string kNoTag;
+    std::shared_ptr<FrameEndpoint> Endpoint(const std::string& topic, const EndpointQos& qos,
+                                            DdsStatus* status) {
+        return Endpoint(topic, qos, nullptr, std::string(), status);
+    }
+
+    DdsStatus ListenForRequests(const std::string& topic) {
+        const ReaderRole role = ReaderRole::kServer;
         DdsStatus status;
-        Endpoint(topic, MethodEndpointQos(), &kNoTag, &status);
+        Endpoint(topic, MethodEndpointQos(), &role, std::string(), &status);
+        return status;
+    }
+
+    DdsStatus ListenForReplies(const std::string& topic) {
+        const ReaderRole role = ReaderRole::kClient;
+        DdsStatus status;
+        Endpoint(topic, MethodEndpointQos(), &role, std::string(), &status);
         return status;
     }
 
@@ -195,7 +217,7 @@ class DdsTransport::Impl {
 
     void OnRequestTopic(uint16_t serviceId, const std::string& topic) {
         if (Served(serviceId)) {
-            ListenMethodTopic(topic);
+            ListenForRequests(topic);
         }
     }
 
@@ -204,7 +226,7 @@ class DdsTransport::Impl {
     // writer before the first sample, and the writer knows the subscriber.
     void OnEventTopic(uint16_t serviceId, const std::string& topic) {
         if (Served(serviceId)) {
-            requests_->Post([this, topic] { PrepareEventWriter(topic); });
+            server_->Post([this, topic] { PrepareEventWriter(topic); });
         }
     }
 
@@ -212,13 +234,13 @@ class DdsTransport::Impl {
         EventTopic settings;
         settings.topic = topic;
         DdsStatus status;
-        if (auto endpoint = Endpoint(topic, EventEndpointQos(settings), nullptr, &status)) {
+        if (auto endpoint = Endpoint(topic, EventEndpointQos(settings), &status)) {
             endpoint->PrepareWriter(FrameKind::kEvent, std::string());
         }
     }
 
     bool OnOwnThread() const {
-        return discovery_->OnThisThread() || receive_->OnThisThread() || requests_->OnThisThread();
+        return discovery_->OnThisThread() || client_->OnThisThread() || server_->OnThisThread();
     }
 
     void OnLost(const ServiceOffer& offer) {
@@ -232,25 +254,29 @@ class DdsTransport::Impl {
         }
     }
 
-    void OnFrames(FrameEndpoint* endpoint) {
+    // Server thread: requests go to their offer's handler; replies that share
+    // the topic are the client reader's business.
+    void OnServerFrames(FrameEndpoint* endpoint) {
         std::vector<Frame> frames;
-        endpoint->TakeAll(&frames);
+        endpoint->TakeAll(ReaderRole::kServer, &frames);
         for (auto& frame : frames) {
-            Route(std::move(frame));
+            if (frame.kind == FrameKind::kRequest) {
+                RouteRequest(std::move(frame));
+            }
         }
     }
 
-    void Route(Frame frame) {
-        switch (frame.kind) {
-            case FrameKind::kRequest:
-                RouteRequest(std::move(frame));
-                return;
-            case FrameKind::kReply:
+    // Client thread: replies and event samples; requests that share the topic
+    // are the server reader's business.
+    void OnClientFrames(FrameEndpoint* endpoint) {
+        std::vector<Frame> frames;
+        endpoint->TakeAll(ReaderRole::kClient, &frames);
+        for (auto& frame : frames) {
+            if (frame.kind == FrameKind::kReply) {
                 RouteReply(std::move(frame));
-                return;
-            case FrameKind::kEvent:
+            } else if (frame.kind == FrameKind::kEvent) {
                 RouteEvent(std::move(frame));
-                return;
+            }
         }
     }
 
@@ -264,8 +290,7 @@ class DdsTransport::Impl {
             }
         }
         if (slot) {
-            auto shared = std::make_shared<Frame>(std::move(frame));
-            requests_->Post([slot, shared] { slot->Invoke(std::move(*shared)); });
+            slot->Invoke(std::move(frame));
         }
     }
 
@@ -320,14 +345,14 @@ class DdsTransport::Impl {
     std::atomic<int64_t> matchWaitMs_{1000};
 
     std::unique_ptr<DispatchThread> discovery_;
-    std::unique_ptr<DispatchThread> receive_;
-    std::unique_ptr<DispatchThread> requests_;
+    std::unique_ptr<DispatchThread> client_;
+    std::unique_ptr<DispatchThread> server_;
     std::unique_ptr<OfferBoard> offers_;
     std::unique_ptr<PeerTopics> peers_;
 
     struct EndpointEntry {
         std::shared_ptr<FrameEndpoint> endpoint;
-        uint64_t watchToken{0};
+        std::array<uint64_t, 2> watchTokens{};  // per ReaderRole
     };
     std::mutex endpointsMutex_;
     std::map<std::string, EndpointEntry> endpoints_;  // guarded by endpointsMutex_
@@ -433,7 +458,7 @@ DdsStatus DdsTransport::Serve(uint64_t providerId, uint16_t serviceId, FrameHand
     // Read the request topics that clients of this service announced so far;
     // later ones arrive through OnRequestTopic.
     for (const auto& topic : impl_->peers_->RequestTopics(serviceId)) {
-        DdsStatus status = impl_->ListenMethodTopic(topic);
+        DdsStatus status = impl_->ListenForRequests(topic);
         if (!status.ok()) {
             return status;
         }
@@ -464,13 +489,13 @@ std::set<std::string> DdsTransport::AnnouncedRequestTopics(uint16_t serviceId) c
 }
 
 DdsStatus DdsTransport::ListenForRequests(uint16_t /*serviceId*/, const std::string& topic) {
-    return impl_->ListenMethodTopic(topic);
+    return impl_->ListenForRequests(topic);
 }
 
 DdsStatus DdsTransport::SendReply(const std::string& replyTopic, Frame reply,
                                   const ParticipantGuid& client) {
     DdsStatus status;
-    auto endpoint = impl_->Endpoint(replyTopic, MethodEndpointQos(), nullptr, &status);
+    auto endpoint = impl_->Endpoint(replyTopic, MethodEndpointQos(), &status);
     if (!endpoint) {
         return status;
     }
@@ -508,11 +533,11 @@ void DdsTransport::CloseClient(uint64_t clientId) {
 
 DdsStatus DdsTransport::SendRequest(const MethodTopics& topics, Frame request,
                                     const ParticipantGuid& provider) {
-    DdsStatus status = impl_->ListenMethodTopic(topics.replyTopic);
+    DdsStatus status = impl_->ListenForReplies(topics.replyTopic);
     if (!status.ok()) {
         return status;
     }
-    auto endpoint = impl_->Endpoint(topics.requestTopic, MethodEndpointQos(), nullptr, &status);
+    auto endpoint = impl_->Endpoint(topics.requestTopic, MethodEndpointQos(), &status);
     if (!endpoint) {
         return status;
     }
@@ -524,7 +549,7 @@ DdsStatus DdsTransport::SendRequest(const MethodTopics& topics, Frame request,
 
 DdsStatus DdsTransport::PrepareEvent(const EventTopic& topic) {
     DdsStatus status;
-    auto endpoint = impl_->Endpoint(topic.topic, EventEndpointQos(topic), nullptr, &status);
+    auto endpoint = impl_->Endpoint(topic.topic, EventEndpointQos(topic), &status);
     if (!endpoint) {
         return status;
     }
@@ -540,7 +565,7 @@ DdsStatus DdsTransport::Publish(const EventTopic& topic, Frame sample) {
         EventTopic settings = topic;
         settings.topic = name;
         DdsStatus status;
-        auto endpoint = impl_->Endpoint(name, EventEndpointQos(settings), nullptr, &status);
+        auto endpoint = impl_->Endpoint(name, EventEndpointQos(settings), &status);
         if (endpoint) {
             status = endpoint->Write(sample, std::string(), nullptr, std::chrono::milliseconds(0));
         }
@@ -555,8 +580,9 @@ uint64_t DdsTransport::Subscribe(const EventTopic& topic, uint16_t serviceId,
                                  const std::string& instanceId, uint32_t entityId,
                                  FrameHandler onSample, const ParticipantGuid* provider,
                                  DdsStatus* status) {
-    const std::string tag = PeerTopics::EventTag(serviceId, entityId);
-    auto endpoint = impl_->Endpoint(topic.topic, EventEndpointQos(topic), &tag, status);
+    const ReaderRole role = ReaderRole::kClient;
+    auto endpoint = impl_->Endpoint(topic.topic, EventEndpointQos(topic), &role,
+                                    PeerTopics::EventTag(serviceId, entityId), status);
     if (!endpoint) {
         return 0;
     }
@@ -589,8 +615,8 @@ void DdsTransport::Unsubscribe(uint64_t subscriptionId) {
     slot->Close();
 }
 
-void DdsTransport::PostToReceiveThread(std::function<void()> task) {
-    impl_->receive_->Post(std::move(task));
+void DdsTransport::PostToClientThread(std::function<void()> task) {
+    impl_->client_->Post(std::move(task));
 }
 
 }  // namespace dds

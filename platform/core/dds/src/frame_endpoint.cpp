@@ -121,8 +121,10 @@ FrameEndpoint::FrameEndpoint(std::shared_ptr<Participant> participant, std::stri
 
 FrameEndpoint::~FrameEndpoint() {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (reader_ > 0) {
-        dds_delete(reader_);
+    for (const dds_entity_t reader : readers_) {
+        if (reader > 0) {
+            dds_delete(reader);
+        }
     }
     for (const dds_entity_t writer : writers_) {
         if (writer > 0) {
@@ -131,11 +133,12 @@ FrameEndpoint::~FrameEndpoint() {
     }
 }
 
-dds_entity_t FrameEndpoint::Reader(const std::string& tag, DdsStatus* status) {
+dds_entity_t FrameEndpoint::Reader(ReaderRole role, const std::string& tag, DdsStatus* status) {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (reader_ > 0) {
+    dds_entity_t& slot = readers_[static_cast<size_t>(role)];
+    if (slot > 0) {
         *status = DdsStatus::Ok();
-        return reader_;
+        return slot;
     }
     const dds_entity_t topic = participant_->FrameTopic(topicName_, status);
     if (topic < 0) {
@@ -146,7 +149,7 @@ dds_entity_t FrameEndpoint::Reader(const std::string& tag, DdsStatus* status) {
     dds_delete_qos(qos);
     *status = TranslateReturnCode(reader, "create reader on topic \"" + topicName_ + "\"");
     if (reader > 0) {
-        reader_ = reader;
+        slot = reader;
     }
     return reader;
 }
@@ -228,16 +231,16 @@ bool FrameEndpoint::WaitForWriterOf(const ParticipantGuid& peer,
     dds_entity_t reader = 0;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        reader = reader_;
+        reader = readers_[static_cast<size_t>(ReaderRole::kClient)];
     }
     return reader > 0 && PollUntil(matchWait, [&] { return MatchedWith(reader, false, peer); });
 }
 
-void FrameEndpoint::TakeAll(std::vector<Frame>* out) {
+void FrameEndpoint::TakeAll(ReaderRole role, std::vector<Frame>* out) {
     dds_entity_t reader = 0;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        reader = reader_;
+        reader = readers_[static_cast<size_t>(role)];
     }
     if (reader <= 0) {
         return;

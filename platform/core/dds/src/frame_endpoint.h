@@ -38,6 +38,14 @@ struct EndpointQos {
 EndpointQos MethodEndpointQos();
 EndpointQos EventEndpointQos(const EventTopic& topic);
 
+// Which side of a method or event a reader serves. A process that both serves
+// and calls a method whose requests and replies share one topic reads it twice,
+// once per side, so that servers and clients run on their own threads.
+enum class ReaderRole : uint8_t {
+    kServer = 0,  // takes requests
+    kClient = 1,  // takes replies and event samples
+};
+
 class FrameEndpoint {
   public:
     FrameEndpoint(std::shared_ptr<Participant> participant, std::string topicName,
@@ -49,9 +57,10 @@ class FrameEndpoint {
 
     const std::string& TopicName() const { return topicName_; }
 
-    // The reader, made on first call with `tag` as its user data (peers read
-    // it from DDS discovery). A negative handle with *status on failure.
-    dds_entity_t Reader(const std::string& tag, DdsStatus* status);
+    // The reader of `role`, made on first call with `tag` as its user data
+    // (peers read it from DDS discovery). A negative handle with *status on
+    // failure.
+    dds_entity_t Reader(ReaderRole role, const std::string& tag, DdsStatus* status);
 
     // Makes the writer of `kind` now (with `tag` as its user data) rather than
     // on the first write.
@@ -64,13 +73,13 @@ class FrameEndpoint {
     DdsStatus Write(const Frame& frame, const std::string& tag, const ParticipantGuid* peer,
                     std::chrono::milliseconds matchWait);
 
-    // Waits up to `matchWait` until the reader has matched a writer of `peer`.
-    // True when it has.
+    // Waits up to `matchWait` until the client reader has matched a writer of
+    // `peer`. True when it has.
     bool WaitForWriterOf(const ParticipantGuid& peer, std::chrono::milliseconds matchWait);
 
-    // Takes every waiting frame and appends it to `out`. Samples that only carry
-    // an instance state change are skipped.
-    void TakeAll(std::vector<Frame>* out);
+    // Takes every frame waiting in the reader of `role` and appends it to
+    // `out`. Samples that only carry an instance state change are skipped.
+    void TakeAll(ReaderRole role, std::vector<Frame>* out);
 
   private:
     DdsStatus EnsureWriter(FrameKind kind, const std::string& tag, dds_entity_t* writer);
@@ -82,7 +91,7 @@ class FrameEndpoint {
     const EndpointQos qos_;
 
     std::mutex mutex_;
-    dds_entity_t reader_{0};                 // guarded by mutex_
+    std::array<dds_entity_t, 2> readers_{};  // guarded by mutex_: one per ReaderRole
     std::array<dds_entity_t, 3> writers_{};  // guarded by mutex_: one per FrameKind
     // Peers whose reader matched the writer of a kind; guarded by mutex_.
     std::set<std::pair<FrameKind, ParticipantGuid>> reached_;

@@ -25,10 +25,13 @@ namespace dds {
 //
 // Threads: three threads of its own.
 //   - discovery thread: find handlers and the offer-lost handler;
-//   - receive thread: takes frames from every reader, runs reply and event
-//     handlers and the tasks of PostToReceiveThread;
-//   - request thread: runs request handlers, so that a server waiting inside
-//     its handler for another service's reply does not hold up the replies.
+//   - server thread: takes requests and runs request handlers;
+//   - client thread: takes replies and event samples, runs their handlers and
+//     the tasks of PostToClientThread.
+// Servers and clients run apart, so a server that waits inside its handler for
+// another service's reply does not hold up the replies. A process that serves
+// and calls a method whose requests and replies share one topic reads that
+// topic once per side.
 // No lock of the transport is held while a handler runs: handlers may call any
 // operation, including stopping their own registration.
 //
@@ -87,7 +90,7 @@ class VCC_EXPORT DdsTransport {
 
     // ---- Methods, server side ----
     // Hands every request frame addressed to `providerId` to `onRequest` on the
-    // request thread. Requests can come on any topic that clients of `serviceId`
+    // server thread. Requests can come on any topic that clients of `serviceId`
     // announced (see ListenForRequests). Serving an id again replaces the handler.
     DdsStatus Serve(uint64_t providerId, uint16_t serviceId, FrameHandler onRequest);
     // After it returns the handler of `providerId` is not called again.
@@ -104,7 +107,7 @@ class VCC_EXPORT DdsTransport {
 
     // ---- Methods, client side ----
     // Hands every reply frame addressed to `clientId` to `onReply` on the
-    // receive thread. Opening an id again replaces the handler.
+    // client thread. Opening an id again replaces the handler.
     DdsStatus OpenClient(uint64_t clientId, FrameHandler onReply);
     // After it returns the reply handler of `clientId` is not called again.
     void CloseClient(uint64_t clientId);
@@ -124,7 +127,7 @@ class VCC_EXPORT DdsTransport {
     // send times; the sequence number is the caller's. Any thread.
     DdsStatus Publish(const EventTopic& topic, Frame sample);
     // Hands every sample of event `entityId` of serviceId/instanceId read from
-    // `topic` to `onSample` on the receive thread (an instance matching any
+    // `topic` to `onSample` on the client thread (an instance matching any
     // takes every instance). With `provider` set (the offer's participant),
     // first waits up to the match wait until our reader has matched its writer
     // (an offering transport makes that writer as soon as it sees the
@@ -137,8 +140,8 @@ class VCC_EXPORT DdsTransport {
     // After it returns the handler of this subscription is not called again.
     void Unsubscribe(uint64_t subscriptionId);
 
-    // Runs `task` on the receive thread after what is queued there.
-    void PostToReceiveThread(std::function<void()> task);
+    // Runs `task` on the client thread after what is queued there.
+    void PostToClientThread(std::function<void()> task);
 
   private:
     class Impl;
