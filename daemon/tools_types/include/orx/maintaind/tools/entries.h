@@ -23,7 +23,7 @@ namespace orx::maintaind::tools {
 struct NodeEntry {
     String appName;
     int32_t pid{};
-    String host;           // host name of the daemon for local processes, "" when unknown
+    String host;  // host name of the daemon for local processes, "" when unknown
     bool online{};
     uint64_t firstSeen{};  // first report of this process
     uint64_t lastSeen{};   // last report, or when it was found gone
@@ -32,8 +32,8 @@ struct NodeEntry {
     uint32_t methodCount{};
     uint32_t fieldCount{};
 
-    ORX_MAINTAIND_RECORD(NodeEntry, appName, pid, host, online, firstSeen, lastSeen,
-                         offlineReason, eventCount, methodCount, fieldCount)
+    ORX_MAINTAIND_RECORD(NodeEntry, appName, pid, host, online, firstSeen, lastSeen, offlineReason,
+                         eventCount, methodCount, fieldCount)
 };
 
 // One event as one application offers (isPub) or subscribes it.
@@ -43,21 +43,21 @@ struct EventEntry {
     String eventName;
     String serviceName;
     String instanceName;
-    uint16_t serviceId{};   // from the DDS binding, else the SOME/IP binding
+    uint16_t serviceId{};  // from the DDS binding, else the SOME/IP binding
     uint16_t instanceId{};
     bool isPub{};
-    bool online{};          // registered and not withdrawn, and the node is online
+    bool online{};  // registered and not withdrawn, and the node is online
     std::vector<String> bindings;
-    String topicName;       // DDS topic, "" without a DDS binding
-    uint16_t eventId{};     // SOME/IP event id, 0 without a SOME/IP binding
+    String topicName;    // DDS topic, "" without a DDS binding
+    uint16_t eventId{};  // SOME/IP event id, 0 without a SOME/IP binding
     String dataTypeName;
     uint64_t firstSeen{};
     uint64_t lastSeen{};
     EventRegisterInfo record;  // the registration as the application sent it, last version
 
-    ORX_MAINTAIND_RECORD(EventEntry, appName, pid, eventName, serviceName, instanceName,
-                         serviceId, instanceId, isPub, online, bindings, topicName, eventId,
-                         dataTypeName, firstSeen, lastSeen, record)
+    ORX_MAINTAIND_RECORD(EventEntry, appName, pid, eventName, serviceName, instanceName, serviceId,
+                         instanceId, isPub, online, bindings, topicName, eventId, dataTypeName,
+                         firstSeen, lastSeen, record)
 };
 
 // One method as one application serves (isPub) or calls it.
@@ -74,7 +74,7 @@ struct MethodEntry {
     std::vector<String> bindings;
     String requestTopicName;  // DDS, "" without a DDS binding
     String replyTopicName;
-    uint16_t methodId{};      // SOME/IP method id, 0 without a SOME/IP binding
+    uint16_t methodId{};  // SOME/IP method id, 0 without a SOME/IP binding
     uint64_t firstSeen{};
     uint64_t lastSeen{};
     MethodRegisterInfo record;
@@ -103,9 +103,9 @@ struct FieldEntry {
     uint64_t lastSeen{};
     FieldRegisterInfo record;
 
-    ORX_MAINTAIND_RECORD(FieldEntry, appName, pid, fieldName, serviceName, instanceName,
-                         serviceId, instanceId, isPub, online, bindings, hasNotifier, hasGetter,
-                         hasSetter, firstSeen, lastSeen, record)
+    ORX_MAINTAIND_RECORD(FieldEntry, appName, pid, fieldName, serviceName, instanceName, serviceId,
+                         instanceId, isPub, online, bindings, hasNotifier, hasGetter, hasSetter,
+                         firstSeen, lastSeen, record)
 };
 
 // One E2E configuration of one event of one application.
@@ -134,12 +134,12 @@ struct LatencyAckEntry {
 
 // Latency analysis of one event: what was last ordered and who acknowledged what.
 struct LatencyStatusEntry {
-    String eventName;          // as registered; the topic name or id when not registered
+    String eventName;           // as registered; the topic name or id when not registered
     LatencyIndex latencyIndex;  // how the event is addressed in switches and reports
-    bool requested{};          // a switch was ordered through this daemon
+    bool requested{};           // a switch was ordered through this daemon
     LatencyMode requestedMode{};
     uint64_t requestedAt{};
-    bool enabled{};            // the newest acknowledgement of some application says ENABLE
+    bool enabled{};  // the newest acknowledgement of some application says ENABLE
     std::vector<LatencyAckEntry> acks;  // newest acknowledgement per application
 
     ORX_MAINTAIND_RECORD(LatencyStatusEntry, eventName, latencyIndex, requested, requestedMode,
@@ -178,8 +178,8 @@ struct SampleTimeoutEntry {
 // One data type and who uses it.
 struct DataTypeEntry {
     String dataTypeName;
-    uint32_t eventCount{};   // event registrations with this data type
-    uint32_t methodCount{};  // method registrations with it as request or reply type
+    uint32_t eventCount{};         // event registrations with this data type
+    uint32_t methodCount{};        // method registrations with it as request or reply type
     std::vector<String> appNames;  // applications using it, sorted, each once
 
     ORX_MAINTAIND_RECORD(DataTypeEntry, dataTypeName, eventCount, methodCount, appNames)
@@ -214,9 +214,9 @@ struct DaemonCounters {
     uint64_t nodesGone{};         // nodes found gone by the liveness check
     uint64_t storeErrors{};       // failed writes to the registry file
 
-    ORX_MAINTAIND_RECORD(DaemonCounters, requests, accepted, undecodable, inconsistent,
-                         overLimit, unanswered, toolsRequests, toolsBadRequests, latencySwitches,
-                         nodesGone, storeErrors)
+    ORX_MAINTAIND_RECORD(DaemonCounters, requests, accepted, undecodable, inconsistent, overLimit,
+                         unanswered, toolsRequests, toolsBadRequests, latencySwitches, nodesGone,
+                         storeErrors)
 };
 
 }  // namespace orx::maintaind::tools

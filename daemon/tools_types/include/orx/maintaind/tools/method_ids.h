@@ -26,7 +26,8 @@ inline constexpr uint32_t kQueryNodeInfoId = 0xB805U;       // QueryFilter -> No
 inline constexpr uint32_t kQuerySubEventInfoId = 0x1CDFU;   // QueryFilter -> EventListReply
 inline constexpr uint32_t kQueryLatencyResultId = 0xE3BCU;  // QueryFilter -> LatencyResultListReply
 inline constexpr uint32_t kQueryLatencyStatusId = 0x0DEAU;  // QueryFilter -> LatencyStatusListReply
-inline constexpr uint32_t kSwitchLatencyModeId = 0xF723U;   // LatencySwitchRequest -> LatencySwitchReply
+inline constexpr uint32_t kSwitchLatencyModeId =
+    0xF723U;  // LatencySwitchRequest -> LatencySwitchReply
 
 // Methods the table has no row for; their ids lie outside it. On DDS they use the driver's
 // default topic names.

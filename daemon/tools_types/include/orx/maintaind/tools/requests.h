@@ -17,19 +17,19 @@ inline constexpr uint8_t kSubSide = 2U;  // using side: event subscribers, metho
 // narrows the selection; members that do not apply to an entry type are ignored for it (e.g.
 // `side` for nodes).
 struct QueryFilter {
-    String appName;          // exact application name; empty: any
-    int32_t pid{};           // process id; 0: any
-    bool hasServiceId{};     // when true, only entries of `serviceId`
+    String appName;       // exact application name; empty: any
+    int32_t pid{};        // process id; 0: any
+    bool hasServiceId{};  // when true, only entries of `serviceId`
     uint16_t serviceId{};
-    bool hasInstanceId{};    // when true, only entries of `instanceId`
+    bool hasInstanceId{};  // when true, only entries of `instanceId`
     uint16_t instanceId{};
-    String serviceName;      // exact service name (path); empty: any
-    String name;             // entity name: the full name, its last path component or (events)
-                             // its DDS topic name; empty: any
-    uint8_t side{};          // kAnySide, kPubSide or kSubSide
-    bool onlineOnly{};       // only entries that are online (entities of online nodes)
-    uint32_t maxEntries{};   // at most this many entries per list; 0: the daemon's cap
-    bool latestOnly{};       // latency results: only the newest result per application and event
+    String serviceName;     // exact service name (path); empty: any
+    String name;            // entity name: the full name, its last path component or (events)
+                            // its DDS topic name; empty: any
+    uint8_t side{};         // kAnySide, kPubSide or kSubSide
+    bool onlineOnly{};      // only entries that are online (entities of online nodes)
+    uint32_t maxEntries{};  // at most this many entries per list; 0: the daemon's cap
+    bool latestOnly{};      // latency results: only the newest result per application and event
 
     ORX_MAINTAIND_RECORD(QueryFilter, appName, pid, hasServiceId, serviceId, hasInstanceId,
                          instanceId, serviceName, name, side, onlineOnly, maxEntries, latestOnly)

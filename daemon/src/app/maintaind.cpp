@@ -1,0 +1,152 @@
+#include "app/maintaind.h"
+
+#include <utility>
+
+#include "daemon_log.h"
+#include "orx/maintaind/tools/method_ids.h"
+#include "orxmaintaind/orx_maintaind_type.h"
+#include "vorx/vcc/driver/driver_registry.h"
+#include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
+#include "vorx/vcc/reserve_service.h"
+
+namespace orx::maintaind::daemon {
+
+namespace {
+
+constexpr const char* kVersion = "0.1.0";
+
+std::shared_ptr<const ProcessProbe> ProbeOf(const DaemonSettings& settings) {
+    return settings.probe ? settings.probe : std::make_shared<ProcProbe>();
+}
+
+WallClock ClockOf(const DaemonSettings& settings) {
+    return settings.clock ? settings.clock : WallClock(SystemWallClockMs);
+}
+
+vorx::vcc::ServiceDescription Service(const DaemonSettings& settings, uint16_t serviceId,
+                                      const std::string& path) {
+    vorx::vcc::ServiceDescription desc;
+    desc.serviceId = serviceId;
+    desc.instanceId = settings.instanceId;
+    desc.serviceName = path;
+    desc.driverType = settings.binding;
+    return desc;
+}
+
+}  // namespace
+
+Maintaind::Maintaind(DaemonSettings settings)
+    : settings_(std::move(settings)),
+      registry_(RegistryUpdater(settings_.limits, ClockOf(settings_), ProbeOf(settings_))) {}
+
+Maintaind::~Maintaind() {
+    Stop();
+}
+
+bool Maintaind::Start(std::string& error) {
+    if (!settings_.dbPath.empty()) {
+        StoreStatus status;
+        store_ = RegistryStore::Open(settings_.dbPath, settings_.fresh, status);
+        if (!store_) {
+            error = status.message;
+            return false;
+        }
+        size_t skipped = 0;
+        status = registry_.Write([&](RegistryState& state, const RegistryUpdater&) {
+            return store_->Load(state, skipped);
+        });
+        if (!status.ok) {
+            error = status.message;
+            store_.reset();
+            return false;
+        }
+        if (skipped > 0) {
+            DaemonLog().LogWarn() << "[Maintaind][Registry rows that cannot be read were skipped]"
+                                     "[file="
+                                  << settings_.dbPath << ", rows=" << skipped << "]";
+        }
+    }
+    const auto [nodes, entities] = registry_.Read([](const RegistryState& state) {
+        return std::make_pair(state.nodes.size(),
+                              state.events.size() + state.methods.size() + state.fields.size());
+    });
+    DaemonLog().LogInfo() << "Registry loaded[file="
+                          << (settings_.dbPath.empty() ? "(memory)" : settings_.dbPath)
+                          << ", nodes=" << nodes << ", entities=" << entities << "]";
+
+    pipeline_ = std::make_unique<IngestPipeline>(registry_, store_.get(), stats_);
+    queue_ = std::make_unique<IngestQueue>(*pipeline_, settings_.queueCapacity, settings_.maxBatch);
+
+    auto driver = vorx::vcc::DriverRegistry::GetInstance()->GetDriver(settings_.binding);
+    const auto paths = vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance();
+    appServer_ = std::make_unique<MethodServer>(
+        Service(settings_, vorx::vcc::kMaintaindAppServiceId, paths->GetAppServicePath()), driver);
+    toolsServer_ = std::make_unique<MethodServer>(
+        Service(settings_, tools::kToolsServiceId, paths->GetToolsServicePath()), driver);
+    appService_ =
+        std::make_unique<AppService>(*appServer_, *queue_, stats_, settings_.requestLimits);
+    switcher_ = std::make_unique<LatencySwitcher>(
+        registry_,
+        [this](const LatencySwitch& order) { return appService_->PublishLatencySwitch(order); },
+        *queue_, stats_);
+    DaemonInfo info;
+    info.version = kVersion;
+    info.dbPath = settings_.dbPath;
+    info.host = ProbeOf(settings_)->HostName();
+    info.startedAt = ClockOf(settings_)();
+    toolsService_ = std::make_unique<ToolsService>(*toolsServer_, registry_, *switcher_, *queue_,
+                                                   stats_, std::move(info), settings_.requestLimits,
+                                                   QueryEngine(settings_.entryCap));
+    liveness_ = std::make_unique<LivenessMonitor>(
+        registry_, ProbeOf(settings_),
+        [this](const NodeGone& gone) {
+            DaemonStats::Add(stats_.nodesGone);
+            IngestItem item;
+            item.work = gone;
+            queue_->Push(std::move(item));
+        },
+        settings_.livenessPeriod);
+
+    queue_->Start();
+    toolsService_->Start();
+    if (!appServer_->Offer() || !toolsServer_->Offer()) {
+        error = "the driver \"" + driver->Name() + "\" refused to offer the maintenance services";
+        started_ = true;
+        Stop();
+        return false;
+    }
+    liveness_->Start();
+    started_ = true;
+    // Every method of the service's shared description must be served by one of the two sides.
+    const auto table = orx::orxcm::orxmaintaind::type::OrxMaintaindType::GetInstance();
+    for (const auto& [entityId, topics] : table->GetMethodTable()) {
+        if (!appServer_->Serves(entityId) && !toolsServer_->Serves(entityId)) {
+            DaemonLog().LogError() << "[Maintaind][Method of the maintenance service not served]"
+                                      "[methodEntityId="
+                                   << entityId << "]";
+        }
+    }
+    DaemonLog().LogInfo() << "Maintaind started[service=" << table->GetServiceShortName()
+                          << ", instanceId=" << settings_.instanceId
+                          << ", driver=" << driver->Name() << "]";
+    return true;
+}
+
+void Maintaind::Stop() {
+    if (!started_) {
+        return;
+    }
+    started_ = false;
+    liveness_->Stop();
+    appServer_->StopOffer();    // no RegisterApp handler runs after this
+    toolsServer_->StopOffer();  // nor a tools handler
+    toolsService_->Stop();      // answers the queries already posted
+    queue_->Stop();             // stores and answers the reports already queued
+    DaemonLog().LogInfo() << "Maintaind stopped";
+}
+
+size_t Maintaind::CheckLivenessNow() {
+    return liveness_ ? liveness_->CheckOnce() : 0;
+}
+
+}  // namespace orx::maintaind::daemon

@@ -1,0 +1,57 @@
+#include "app/options.h"
+
+#include <cstdlib>
+
+#include <CLI/CLI.hpp>
+
+#include "ara/kelda/common/log/log_level.h"
+
+namespace orx::maintaind::daemon {
+
+std::string DefaultDbPath() {
+    const char* state = std::getenv("XDG_STATE_HOME");
+    if (state != nullptr && state[0] == '/') {
+        return std::string(state) + "/orx/maintaind.db";
+    }
+    const char* home = std::getenv("HOME");
+    if (home != nullptr && home[0] != '\0') {
+        return std::string(home) + "/.local/state/orx/maintaind.db";
+    }
+    return "maintaind.db";
+}
+
+std::optional<CommandLine> ParseCommandLine(int argc, char** argv, int& exitCode) {
+    CommandLine line;
+    CLI::App app{
+        "maintaind: the maintenance daemon. Keeps the registry of the running applications "
+        "(nodes, events, methods, fields, E2E settings, latency, sample timeouts) and answers "
+        "the tools."};
+    app.add_option("--db", line.dbPath, "Registry file (SQLite); default " + DefaultDbPath());
+    app.add_flag("--fresh", line.fresh, "Start with an empty registry (deletes what is stored)");
+    app.add_option("--instance-id", line.instanceId,
+                   "Instance id of the maintenance services; default orx.json "
+                   "maintenance.instanceId, else 1");
+    app.add_option("--log-level", line.logLevel,
+                   "verbose, debug, info, warning, error, fatal or off; default info")
+        ->check([](const std::string& text) {
+            ara::kelda::common::log::LogLevel level;
+            return ara::kelda::common::log::ParseLevel(text, &level)
+                       ? std::string()
+                       : "unknown log level \"" + text + "\"";
+        });
+    app.add_option("--liveness-period-ms", line.livenessPeriodMs,
+                   "How often processes of this host are checked for having gone, in ms")
+        ->check(CLI::Range(100U, 60000U));
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        exitCode = app.exit(e);
+        return std::nullopt;
+    }
+    if (line.dbPath.empty()) {
+        line.dbPath = DefaultDbPath();
+    }
+    return line;
+}
+
+}  // namespace orx::maintaind::daemon

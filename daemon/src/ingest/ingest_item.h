@@ -1,0 +1,38 @@
+// One unit of work for the ingest worker: a report of an application or a finding of the daemon,
+// and whom to tell how it went.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <variant>
+
+#include "orx/maintaind/app.h"
+#include "registry/keys.h"
+#include "registry/registry_updater.h"
+
+namespace orx::maintaind::daemon {
+
+// The liveness check found a process gone.
+struct NodeGone {
+    NodeKey node;
+    uint64_t startTicks{};
+};
+
+struct IngestResult {
+    enum class Status {
+        kAccepted,   // applied and stored
+        kRefused,    // refused by a limit; nothing changed
+        kNotStored,  // applied, but the registry file could not be written (retried later)
+    };
+    Status status{Status::kAccepted};
+    std::string reason;
+};
+
+struct IngestItem {
+    std::variant<AppRegisterInfo, NodeGone, LatencyRequest> work;
+    // Called once on the ingest worker after the batch was stored; may be empty.
+    std::function<void(const IngestResult&)> done;
+};
+
+}  // namespace orx::maintaind::daemon

@@ -1,0 +1,107 @@
+#include "ingest/ingest_pipeline.h"
+
+#include <type_traits>
+#include <utility>
+
+#include "daemon_log.h"
+
+namespace orx::maintaind::daemon {
+
+IngestPipeline::IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats)
+    : registry_(registry), store_(store), stats_(stats) {}
+
+IngestResult IngestPipeline::Apply(IngestItem& item, RegistryState& state,
+                                   const RegistryUpdater& updater, ChangeSet& changes) {
+    IngestResult result;
+    std::visit(
+        [&](const auto& work) {
+            using Work = std::decay_t<decltype(work)>;
+            if constexpr (std::is_same_v<Work, AppRegisterInfo>) {
+                const ApplyOutcome outcome = updater.ApplyReport(work, state, changes);
+                if (!outcome.accepted) {
+                    result.status = IngestResult::Status::kRefused;
+                    result.reason = outcome.reason;
+                    DaemonStats::Add(stats_.overLimit);
+                    DaemonLog().LogWarn(Limit("Maintaind_ReportRefused"))
+                        << "[Maintaind][Report refused][kind="
+                        << ToString(static_cast<ReportKind>(work.kind))
+                        << ", reason=" << outcome.reason << "]";
+                }
+            } else if constexpr (std::is_same_v<Work, NodeGone>) {
+                updater.ApplyNodeGone(work.node, work.startTicks, state, changes);
+            } else {
+                updater.ApplyLatencyRequest(work, state, changes);
+            }
+        },
+        item.work);
+    return result;
+}
+
+void IngestPipeline::Process(std::vector<IngestItem>& batch) {
+    std::vector<IngestResult> results;
+    results.reserve(batch.size());
+    ChangeSet changes;
+    StoreStatus saved;
+    registry_.Write([&](RegistryState& state, const RegistryUpdater& updater) {
+        for (IngestItem& item : batch) {
+            results.push_back(Apply(item, state, updater, changes));
+        }
+        if (store_ != nullptr) {
+            // Saved under the lock so no query sees a state the file does not hold yet and
+            // no later batch overtakes this one.
+            ChangeSet toSave = std::move(unsaved_);
+            unsaved_ = ChangeSet{};
+            toSave.Merge(changes);
+            toSave.notices.clear();
+            saved = store_->Save(state, toSave);
+            if (!saved.ok) {
+                unsaved_ = std::move(toSave);
+            }
+        }
+    });
+    if (!saved.ok) {
+        DaemonStats::Add(stats_.storeErrors);
+        if (!storeFailing_) {
+            DaemonLog().LogError()
+                << "[Maintaind][Registry file not written, answers held back][file="
+                << store_->Path() << ", reason=" << saved.message << "]";
+        }
+        storeFailing_ = true;
+    } else if (storeFailing_) {
+        storeFailing_ = false;
+        DaemonLog().LogInfo() << "[Maintaind][Registry file written again][file=" << store_->Path()
+                              << "]";
+    }
+    LogNotices(changes);
+    for (size_t i = 0; i < batch.size(); ++i) {
+        IngestResult& result = results[i];
+        if (!saved.ok && result.status == IngestResult::Status::kAccepted) {
+            result.status = IngestResult::Status::kNotStored;
+            result.reason = saved.message;
+        }
+        if (result.status == IngestResult::Status::kAccepted &&
+            std::holds_alternative<AppRegisterInfo>(batch[i].work)) {
+            DaemonStats::Add(stats_.accepted);
+        }
+        if (batch[i].done) {
+            batch[i].done(result);
+        }
+    }
+}
+
+void IngestPipeline::LogNotices(const ChangeSet& changes) const {
+    for (const NodeNotice& notice : changes.notices) {
+        if (notice.online) {
+            DaemonLog().LogInfo() << "Node online[appName=" << notice.node.appName
+                                  << ", pid=" << notice.node.pid
+                                  << ", host=" << (notice.host.empty() ? "unknown" : notice.host)
+                                  << "]";
+        } else {
+            DaemonLog().LogInfo() << "Node offline[appName=" << notice.node.appName
+                                  << ", pid=" << notice.node.pid << ", reason=" << notice.reason
+                                  << "]";
+        }
+    }
+}
+
+}  // namespace orx::maintaind::daemon

@@ -1,0 +1,38 @@
+// Applies batches of ingest items: registry update, one transaction of the registry file, then
+// the answers. This order is what lets the daemon promise that an answered report is stored.
+#pragma once
+
+#include <vector>
+
+#include "daemon_stats.h"
+#include "ingest/ingest_item.h"
+#include "registry/change_set.h"
+#include "registry/registry.h"
+#include "store/registry_store.h"
+
+namespace orx::maintaind::daemon {
+
+class IngestPipeline {
+  public:
+    // `store` may be nullptr (nothing is persisted). The references must outlive the pipeline.
+    IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats);
+
+    // Applies every item in order under one registry write lock, stores what changed in one
+    // transaction, logs node and refusal lines, and calls each item's `done`. When the store
+    // fails, the items complete with kNotStored and their changes are written with the next
+    // batch. Called by one thread at a time.
+    void Process(std::vector<IngestItem>& batch);
+
+  private:
+    IngestResult Apply(IngestItem& item, RegistryState& state, const RegistryUpdater& updater,
+                       ChangeSet& changes);
+    void LogNotices(const ChangeSet& changes) const;
+
+    Registry& registry_;
+    RegistryStore* const store_;
+    DaemonStats& stats_;
+    ChangeSet unsaved_;  // changes of failed transactions, retried with the next batch
+    bool storeFailing_{false};
+};
+
+}  // namespace orx::maintaind::daemon

@@ -1,0 +1,52 @@
+// What one batch of updates changed: the keys the store must write (their current value, or a
+// delete when the key is gone from the registry) and the notices to log once it is stored.
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "registry/keys.h"
+
+namespace orx::maintaind::daemon {
+
+// A node came online or went offline.
+struct NodeNotice {
+    NodeKey node;
+    bool online{};
+    std::string host;
+    std::string reason;  // why it went offline
+};
+
+struct ChangeSet {
+    std::set<NodeKey> nodes;
+    std::set<EntityKey> events;
+    std::set<EntityKey> methods;
+    std::set<EntityKey> fields;
+    std::set<NodeKey> e2e;
+    std::set<LatencyKey> latencyStatuses;
+    std::set<LatencyHistoryKey> latencyResults;
+    std::set<ListenerKey> sampleTimeouts;
+    std::vector<NodeNotice> notices;
+
+    bool Empty() const {
+        return nodes.empty() && events.empty() && methods.empty() && fields.empty() &&
+               e2e.empty() && latencyStatuses.empty() && latencyResults.empty() &&
+               sampleTimeouts.empty() && notices.empty();
+    }
+
+    // Adds the keys and notices of `other`.
+    void Merge(const ChangeSet& other) {
+        nodes.insert(other.nodes.begin(), other.nodes.end());
+        events.insert(other.events.begin(), other.events.end());
+        methods.insert(other.methods.begin(), other.methods.end());
+        fields.insert(other.fields.begin(), other.fields.end());
+        e2e.insert(other.e2e.begin(), other.e2e.end());
+        latencyStatuses.insert(other.latencyStatuses.begin(), other.latencyStatuses.end());
+        latencyResults.insert(other.latencyResults.begin(), other.latencyResults.end());
+        sampleTimeouts.insert(other.sampleTimeouts.begin(), other.sampleTimeouts.end());
+        notices.insert(notices.end(), other.notices.begin(), other.notices.end());
+    }
+};
+
+}  // namespace orx::maintaind::daemon

@@ -1,0 +1,63 @@
+// What the daemon knows about the running system, as plain maps. The registry (registry.h) guards
+// one instance with its lock; the updater changes it, the query engine reads it, the store saves
+// and loads it. Every value is a record, so the store keeps it as CDR bytes.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "orx/maintaind/record.h"
+#include "orx/maintaind/tools/entries.h"
+#include "registry/keys.h"
+
+namespace orx::maintaind::daemon {
+
+// A process, with what the liveness check needs beyond what tools see.
+struct NodeState {
+    tools::NodeEntry entry;
+    bool local{};  // the process runs on this host (its pid is watched)
+    uint64_t
+        startTicks{};  // its start time in clock ticks after boot (/proc/<pid>/stat), 0 unknown
+
+    ORX_MAINTAIND_RECORD(NodeState, entry, local, startTicks)
+};
+
+// The E2E configurations one process reported, merged over its reports.
+struct E2EState {
+    std::vector<tools::E2EEntry> configs;
+
+    ORX_MAINTAIND_RECORD(E2EState, configs)
+};
+
+// The latency results of one application for one event, newest first.
+struct LatencyHistory {
+    std::vector<tools::LatencyResultEntry> results;
+
+    ORX_MAINTAIND_RECORD(LatencyHistory, results)
+};
+
+struct RegistryState {
+    std::map<NodeKey, NodeState> nodes;
+    // Entries hold `online` = registered and not withdrawn; whether the node is online is looked
+    // up in `nodes` when they are listed.
+    std::map<EntityKey, tools::EventEntry> events;
+    std::map<EntityKey, tools::MethodEntry> methods;
+    std::map<EntityKey, tools::FieldEntry> fields;
+    std::map<NodeKey, E2EState> e2e;
+    std::map<LatencyKey, tools::LatencyStatusEntry> latencyStatuses;
+    std::map<LatencyHistoryKey, LatencyHistory> latencyResults;
+    std::map<ListenerKey, tools::SampleTimeoutEntry> sampleTimeouts;
+};
+
+// The first entity key of a node in an entity map (its entities follow in order).
+EntityKey FirstEntityKeyOf(const NodeKey& node);
+bool BelongsTo(const EntityKey& key, const NodeKey& node);
+
+// True when the node is known and online.
+bool IsNodeOnline(const RegistryState& state, const NodeKey& node);
+
+// Sets every node's eventCount, methodCount and fieldCount from the entity maps (after loading).
+void RecountEntities(RegistryState& state);
+
+}  // namespace orx::maintaind::daemon

@@ -1,0 +1,38 @@
+// One thread that runs posted tasks in order, with a bounded backlog.
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace orx::maintaind::daemon {
+
+class TaskWorker {
+  public:
+    explicit TaskWorker(size_t capacity);
+    // Stop().
+    ~TaskWorker();
+    TaskWorker(const TaskWorker&) = delete;
+    TaskWorker& operator=(const TaskWorker&) = delete;
+
+    void Start();
+    // Runs what is posted, then ends the thread. Later posts are refused. Idempotent.
+    void Stop();
+    // False when the backlog is full or the worker stopped. Any thread.
+    bool Post(std::function<void()> task);
+
+  private:
+    void Run();
+
+    const size_t capacity_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::deque<std::function<void()>> tasks_;  // guarded by mutex_
+    bool stopping_{false};                     // guarded by mutex_
+    std::thread thread_;
+};
+
+}  // namespace orx::maintaind::daemon

@@ -1,0 +1,149 @@
+#include "store/registry_store.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "store/store_tables.h"
+
+namespace orx::maintaind::daemon {
+
+namespace {
+
+constexpr int kSchemaVersion = 1;
+
+// mkdir -p of the directory part of `path`.
+StoreStatus MakeParentDirectories(const std::string& path) {
+    for (size_t slash = path.find('/', 1); slash != std::string::npos;
+         slash = path.find('/', slash + 1)) {
+        const std::string dir = path.substr(0, slash);
+        if (::mkdir(dir.c_str(), 0755) != 0 && errno != EEXIST) {
+            return StoreStatus::Error("cannot create directory " + dir + ": " +
+                                      std::strerror(errno));
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+RegistryStore::RegistryStore(std::string path, std::unique_ptr<SqliteDb> db)
+    : path_(std::move(path)), db_(std::move(db)) {}
+
+RegistryStore::~RegistryStore() {
+    upsert_.reset();
+    erase_.reset();
+}
+
+std::unique_ptr<RegistryStore> RegistryStore::Open(const std::string& path, bool fresh,
+                                                   StoreStatus& status) {
+    status = MakeParentDirectories(path);
+    if (!status.ok) {
+        return nullptr;
+    }
+    auto db = SqliteDb::Open(path, status);
+    if (!db) {
+        return nullptr;
+    }
+    std::unique_ptr<RegistryStore> store(new RegistryStore(path, std::move(db)));
+    for (const char* sql : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL",
+                            "CREATE TABLE IF NOT EXISTS meta (name TEXT PRIMARY KEY, value TEXT)",
+                            "CREATE TABLE IF NOT EXISTS items (kind TEXT NOT NULL, key BLOB NOT "
+                            "NULL, app TEXT, pid INTEGER, name TEXT, value BLOB NOT NULL, "
+                            "PRIMARY KEY (kind, key)) WITHOUT ROWID"}) {
+        status = store->db_->Exec(sql);
+        if (!status.ok) {
+            status.message = path + ": " + status.message;
+            return nullptr;
+        }
+    }
+    status = store->CheckSchema();
+    if (status.ok && fresh) {
+        status = store->db_->Exec("DELETE FROM items");
+    }
+    if (status.ok) {
+        status = store->Prepare();
+    }
+    if (!status.ok) {
+        status.message = path + ": " + status.message;
+        return nullptr;
+    }
+    return store;
+}
+
+StoreStatus RegistryStore::CheckSchema() {
+    StoreStatus status;
+    Statement read(*db_, "SELECT value FROM meta WHERE name = 'schema_version'", status);
+    if (!status.ok) {
+        return status;
+    }
+    if (read.Next() == Statement::Step::kRow) {
+        const std::string version = read.ColumnText(0);
+        if (version != std::to_string(kSchemaVersion)) {
+            return StoreStatus::Error("registry file has schema version " + version +
+                                      ", this daemon reads version " +
+                                      std::to_string(kSchemaVersion));
+        }
+        return {};
+    }
+    return db_->Exec("INSERT INTO meta (name, value) VALUES ('schema_version', '" +
+                     std::to_string(kSchemaVersion) + "')");
+}
+
+StoreStatus RegistryStore::Prepare() {
+    StoreStatus status;
+    upsert_ = std::make_unique<Statement>(
+        *db_,
+        "INSERT INTO items (kind, key, app, pid, name, value) VALUES (?1, ?2, ?3, ?4, ?5, ?6) "
+        "ON CONFLICT (kind, key) DO UPDATE SET app = ?3, pid = ?4, name = ?5, value = ?6",
+        status);
+    if (!status.ok) {
+        return status;
+    }
+    erase_ =
+        std::make_unique<Statement>(*db_, "DELETE FROM items WHERE kind = ?1 AND key = ?2", status);
+    return status;
+}
+
+StoreStatus RegistryStore::Load(RegistryState& state, size_t& skipped) {
+    skipped = 0;
+    StoreStatus status;
+    Statement read(*db_, "SELECT kind, key, value FROM items", status);
+    if (!status.ok) {
+        return status;
+    }
+    for (;;) {
+        const Statement::Step step = read.Next();
+        if (step == Statement::Step::kDone) {
+            break;
+        }
+        if (step == Statement::Step::kError) {
+            return StoreStatus::Error(db_->Failure("cannot read registry rows"));
+        }
+        if (!LoadRow(read.ColumnText(0), read.ColumnBlob(1), read.ColumnBlob(2), state)) {
+            ++skipped;
+        }
+    }
+    RecountEntities(state);
+    return {};
+}
+
+StoreStatus RegistryStore::Save(const RegistryState& state, const ChangeSet& changes) {
+    StoreStatus status = db_->Exec("BEGIN");
+    if (!status.ok) {
+        return status;
+    }
+    RowWriter writer{*db_, *upsert_, *erase_};
+    status = SaveChanges(state, changes, writer);
+    if (status.ok) {
+        status = db_->Exec("COMMIT");
+    }
+    if (!status.ok) {
+        db_->Exec("ROLLBACK");
+    }
+    return status;
+}
+
+}  // namespace orx::maintaind::daemon
