@@ -124,11 +124,12 @@ vcc::HandleType FindService(DdsDriver& driver) {
     std::mutex mutex;
     std::condition_variable found;
     vcc::ServiceHandleContainer handles;
-    const auto find = driver.StartFind(BenchService(), [&](const vcc::ServiceHandleContainer& list) {
-        std::lock_guard<std::mutex> lock(mutex);
-        handles = list;
-        found.notify_all();
-    });
+    const auto find =
+        driver.StartFind(BenchService(), [&](const vcc::ServiceHandleContainer& list) {
+            std::lock_guard<std::mutex> lock(mutex);
+            handles = list;
+            found.notify_all();
+        });
     std::unique_lock<std::mutex> lock(mutex);
     if (!found.wait_for(lock, std::chrono::seconds(20), [&] { return !handles.empty(); })) {
         std::fprintf(stderr, "server not found\n");
@@ -223,7 +224,8 @@ int main(int argc, char** argv) {
             return 0;
         }
         if (arg == "--cyclone-config") {
-            std::printf("%s\n", vorx::driver::dds::BuildCycloneConfig(ParticipantSettings()).c_str());
+            std::printf("%s\n",
+                        vorx::driver::dds::BuildCycloneConfig(ParticipantSettings()).c_str());
             return 0;
         }
         if (arg == "--serve") {

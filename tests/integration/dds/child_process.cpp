@@ -31,9 +31,18 @@ ChildProcess::ChildProcess(const std::vector<std::string>& argv,
         args.push_back(const_cast<char*>(arg.c_str()));
     }
     args.push_back(nullptr);
+    // The inherited environment without the names `env` sets, then `env`.
+    auto nameOf = [](const std::string& entry) { return entry.substr(0, entry.find('=')); };
     std::vector<std::string> environment;
     for (char** entry = environ; *entry != nullptr; ++entry) {
-        environment.emplace_back(*entry);
+        const std::string inherited(*entry);
+        bool replaced = false;
+        for (const auto& own : env) {
+            replaced = replaced || nameOf(own) == nameOf(inherited);
+        }
+        if (!replaced) {
+            environment.push_back(inherited);
+        }
     }
     environment.insert(environment.end(), env.begin(), env.end());
     std::vector<char*> envp;

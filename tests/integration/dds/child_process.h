@@ -13,8 +13,8 @@ namespace orx::test {
 
 class ChildProcess {
   public:
-    // Starts `argv[0]` with `argv` and the current environment plus `env`
-    // ("NAME=value" entries). Check Started().
+    // Starts `argv[0]` with `argv` and the current environment, where `env`
+    // ("NAME=value" entries) adds or replaces variables. Check Started().
     ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& env);
     // Kills (SIGKILL) and reaps the child if it still runs.
     ~ChildProcess();
