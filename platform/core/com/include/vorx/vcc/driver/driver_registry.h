@@ -28,8 +28,9 @@ namespace vorx::vcc {
 // Tests replace the driver of a binding with SetDriver (e.g. a FaultInjectingDriver around the
 // in-process driver); objects made afterwards use it, objects made before keep theirs.
 //
-// Lifetime: the instance and every driver it hands out are never destroyed, so proxies and
-// skeletons keep working during static destruction at process exit. Thread-safe.
+// Lifetime: the instance, the in-process driver and the drivers made by factories are never
+// destroyed, so proxies and skeletons keep working during static destruction at process exit. A
+// driver installed with SetDriver lives as long as someone holds it. Thread-safe.
 class VCC_EXPORT DriverRegistry {
   public:
     using Factory = std::function<std::shared_ptr<Driver>()>;
