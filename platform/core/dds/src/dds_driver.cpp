@@ -3,6 +3,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 #include "ara/kelda/common/log/log.h"
@@ -78,9 +79,11 @@ struct ReplyRoute {
 
 struct OfferEntry {
     vcc::ServiceDescription desc;
-    std::map<uint32_t, uint64_t> lastSequence;                        // per event
-    std::map<uint32_t, EventTopic> eventTopics;                       // resolved per event
-    std::map<std::pair<uint64_t, uint32_t>, ReplyRoute> replyRoutes;  // (client, method)
+    std::map<uint32_t, uint64_t> lastSequence;   // per event
+    std::map<uint32_t, EventTopic> eventTopics;  // resolved per event
+    // Where the reply to each open request goes, by (client, method, session);
+    // an entry leaves when its reply is sent.
+    std::map<std::tuple<uint64_t, uint32_t, uint16_t>, ReplyRoute> replyRoutes;
 };
 
 struct ClientEntry {
@@ -268,11 +271,13 @@ class DdsDriver::Impl {
             if (offer == offers_.end()) {
                 return false;
             }
-            auto found = offer->second.replyRoutes.find({reply.clientId, reply.entityId});
+            auto found =
+                offer->second.replyRoutes.find({reply.clientId, reply.entityId, reply.sessionId});
             if (found == offer->second.replyRoutes.end()) {
                 return false;
             }
             route = found->second;
+            offer->second.replyRoutes.erase(found);
             frame.serviceId = offer->second.desc.serviceId;
             frame.instanceId = offer->second.desc.instanceId;
         }
@@ -433,7 +438,8 @@ class DdsDriver::Impl {
             if (offer == offers_.end()) {
                 return;
             }
-            auto& route = offer->second.replyRoutes[{frame.clientId, frame.entityId}];
+            auto& route =
+                offer->second.replyRoutes[{frame.clientId, frame.entityId, frame.sessionId}];
             route.topic = frame.replyTopic;
             route.client = frame.senderGuid;
         }
