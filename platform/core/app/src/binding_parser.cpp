@@ -114,8 +114,9 @@ bool ToProfile(const nlohmann::json& value, api::types::E2EXf_Profile& out, std:
         out = E2EXf_Profile::PROFILE_4M;
         return true;
     }
-    if (value.is_number_unsigned() && kKnown.count(value.get<uint64_t>()) != 0) {
-        out = static_cast<E2EXf_Profile>(value.get<uint64_t>());
+    uint64_t number = 0;
+    if (AsUnsigned(value, number) && kKnown.count(number) != 0) {
+        out = static_cast<E2EXf_Profile>(number);
         return true;
     }
     reason = "must be one of 1, 2, 4, 5, 6, 7, 11, 22, 44, \"4m\"";

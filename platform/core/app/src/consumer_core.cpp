@@ -112,7 +112,8 @@ bool ServiceConsumer::Core::Subscribe(const EventDeployment& event, bool isField
         deployment.serviceName + ":" + deployment.instanceId + ":" + event.name;
     subscription->handler = std::move(handler);
     subscription->stats = std::make_shared<LatencyStats>();
-    if (settings.sampleTimeoutThresholdMs > 0 && traffic) {
+    // A field's notifier sends on change only, so silence is no sign of trouble there.
+    if (settings.sampleTimeoutThresholdMs > 0 && traffic && !isField) {
         subscription->listener = MaintenanceListener();
         std::weak_ptr<Core> weakCore = weak_from_this();
         std::weak_ptr<Subscription> weakSubscription = subscription;

@@ -19,8 +19,9 @@ const detail::Choices<ServiceRole> kRoles = {{"provided", ServiceRole::kProvided
 bool ToInstanceId(const nlohmann::json& value, std::string& out, std::string& reason) {
     api::types::EntityInfo probe;
     std::string text;
-    if (value.is_number_unsigned()) {
-        text = std::to_string(value.get<uint64_t>());
+    uint64_t number = 0;
+    if (detail::AsUnsigned(value, number)) {
+        text = std::to_string(number);
     } else if (value.is_string()) {
         text = value.get<std::string>();
     }

@@ -79,9 +79,23 @@ bool ToValue(const nlohmann::json& value, std::map<std::string, std::string>& ou
     return true;
 }
 
-bool ToUnsigned(const nlohmann::json& value, uint64_t max, uint64_t& out, std::string& reason) {
-    if (value.is_number_unsigned() && value.get<uint64_t>() <= max) {
+bool AsUnsigned(const nlohmann::json& value, uint64_t& out) {
+    if (value.is_number_unsigned()) {
         out = value.get<uint64_t>();
+        return true;
+    }
+    // Documents built in code hold non-negative integers as signed ones.
+    if (value.is_number_integer() && value.get<int64_t>() >= 0) {
+        out = static_cast<uint64_t>(value.get<int64_t>());
+        return true;
+    }
+    return false;
+}
+
+bool ToUnsigned(const nlohmann::json& value, uint64_t max, uint64_t& out, std::string& reason) {
+    uint64_t number = 0;
+    if (AsUnsigned(value, number) && number <= max) {
+        out = number;
         return true;
     }
     reason = std::string(value.is_number() ? "out of range, " : "") +

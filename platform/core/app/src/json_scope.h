@@ -44,6 +44,8 @@ bool ToValue(const nlohmann::json& value, std::string& out, std::string& reason)
 bool ToValue(const nlohmann::json& value, bool& out, std::string& reason);
 bool ToValue(const nlohmann::json& value, std::map<std::string, std::string>& out,
              std::string& reason);
+// A non-negative integer, however the document stores it.
+bool AsUnsigned(const nlohmann::json& value, uint64_t& out);
 bool ToUnsigned(const nlohmann::json& value, uint64_t max, uint64_t& out, std::string& reason);
 
 template <class U>

@@ -14,6 +14,7 @@
 #include "vorx/serialize/serialization_node.h"
 #include "vorx/vcc/api/types/e2e_config.h"
 #include "vorx/vcc/api/types/entity_info.h"
+#include "vorx/vcc/export.h"
 
 // The services an application offers or uses, as its orx.json deploys them (the "services"
 // array; docs/app-api.md describes every key). The parser (deployment_parser.h) fills these plain
@@ -141,7 +142,7 @@ struct FieldDeployment {
     std::optional<MethodDeployment> setter;   // name "Set", declared in the field
 };
 
-struct ServiceDeployment {
+struct VCC_EXPORT ServiceDeployment {
     std::string serviceName;  // service path, e.g. "/demo/RadarService"
     std::string shortName;    // defaults to the last part of the path
     uint16_t serviceId{0};

@@ -40,10 +40,11 @@ struct ConsumerSettings {
 // the using side; Subscribe reports the event with its E2E settings and registers its latency
 // switch and latency query; Unsubscribe and destruction withdraw them. While latency analysis of
 // a subscribed event is switched on, every sample's latency (send stamp to reception) is measured
-// (see LatencyStats). With a sample-timeout threshold, a subscription that gets no sample within
-// it while the service is available is reported to the plug-in's listener (OnSampleTimeout with
-// name, threshold and running count) and to the sample-timeout handler; the watch runs on the
-// core's EventController, never on a receiving thread.
+// (see LatencyStats). With a sample-timeout threshold, an event subscription (not a field's
+// notifier, which sends on change only) that gets no sample within it while the service is
+// available is reported to the plug-in's listener (OnSampleTimeout with name, threshold and
+// running count) and to the sample-timeout handler; the watch runs on the core's
+// EventController, never on a receiving thread.
 //
 // Threads: every member may be called from any thread. Event handlers and the sample-timeout
 // handler run on this consumer's handler thread, one at a time; the availability handler runs
