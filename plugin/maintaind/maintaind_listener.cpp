@@ -46,14 +46,16 @@ void CheckReply(const std::shared_ptr<log::Log>& logger, ReplyFuture reply) {
 
 }  // namespace
 
-MaintaindListener::MaintaindListener() : logger_(log::Log::GetLog("CM")) {}
+MaintaindListener::MaintaindListener()
+    : logger_(log::Log::GetLog("CM")), client_(orxmaintaind::OrxMaintaindClient::GetInstance()) {}
 
 MaintaindListener::~MaintaindListener() = default;
 
 void MaintaindListener::OnSampleTimeout(const vorx::vcc::api::types::ListenerTimeoutInfo& info,
                                         vorx::vcc::api::types::DriverType /*driverType*/) {
     try {
-        const auto proxy = orxmaintaind::OrxMaintaindClient::GetInstance()->GetMaintaindProxy();
+        const auto client = client_.lock();
+        const auto proxy = client ? client->GetMaintaindProxy() : nullptr;
         const auto method =
             proxy ? proxy->GetMethodProxy<orx::maintaind::ReturnCode>(kRegisterAppMethodId)
                   : nullptr;

@@ -12,6 +12,10 @@
 
 namespace orx {
 namespace orxcm {
+namespace orxmaintaind {
+class OrxMaintaindClient;
+}  // namespace orxmaintaind
+
 namespace maintaind {
 
 // The sample-timeout listener the plug-in hands to the core: every timeout notice becomes one
@@ -23,6 +27,8 @@ namespace maintaind {
 // threshold in it. Thread-safe: the core may call it from any of its threads at once.
 class ORXCM_DFX_EXPORT MaintaindListener : public vorx::vcc::api::types::SubscriberListener {
   public:
+    // Takes the "CM" logger and a weak reference to the maintenance client.
+    // REQUIRES: the maintenance client exists (do not make one inside its constructor).
     MaintaindListener();
     ~MaintaindListener() override;
     MaintaindListener(const MaintaindListener&) = delete;
@@ -41,6 +47,9 @@ class ORXCM_DFX_EXPORT MaintaindListener : public vorx::vcc::api::types::Subscri
 
   private:
     std::shared_ptr<ara::kelda::common::log::Log> logger_;
+    // Weak: the client owns this listener, and the core may still call it while the client is
+    // being destroyed at process exit.
+    std::weak_ptr<orxmaintaind::OrxMaintaindClient> client_;
     std::atomic<uint32_t> timeoutThreshold_{0};
 };
 

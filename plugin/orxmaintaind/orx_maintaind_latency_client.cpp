@@ -32,6 +32,7 @@ const char* ModeText(const LatencyMode& mode) {
 OrxMaintaindLatencyClient::OrxMaintaindLatencyClient()
     : logger_(ara::kelda::common::log::Log::GetLog("CM")),
       eventController_(vorx::vcc::EventController::GetInstance()),
+      owner_(OrxMaintaindClient::GetInstance()),
       queryTaskHandle_(std::numeric_limits<vorx::vcc::EventHandle>::max()),
       // The daemon says 0 for "enable" and 1 for "disable"; the core's analysis mode has the
       // opposite sense.
@@ -43,6 +44,11 @@ OrxMaintaindLatencyClient::OrxMaintaindLatencyClient()
 OrxMaintaindLatencyClient::~OrxMaintaindLatencyClient() {
     eventController_->DelEvent(queryTaskHandle_);
     logger_->LogVerbose() << "OrxMaintaindClientLatency deconstructor end";
+}
+
+std::shared_ptr<vorx::vcc::Proxy> OrxMaintaindLatencyClient::DaemonProxy() const {
+    const auto owner = owner_.lock();
+    return owner ? owner->GetMaintaindProxy() : nullptr;
 }
 
 uint16_t OrxMaintaindLatencyClient::InstanceIdOf(const EventInfo& info) {
@@ -128,7 +134,7 @@ void OrxMaintaindLatencyClient::UnRegisterSOMEIPLatencyHandler(
 bool OrxMaintaindLatencyClient::LatencySubscribe(
     const uint32_t& entityId, const std::shared_ptr<vorx::driver::dds::DDSEventInfo>& info) {
     logger_->LogVerbose() << "Maintaindclient latency event subscribe";
-    const auto proxy = OrxMaintaindClient::GetInstance()->GetMaintaindProxy();
+    const auto proxy = DaemonProxy();
     if (!proxy) {
         logger_->LogWarn() << "Maintaindclient proxy is nullptr, subscribe failed";
         return false;
@@ -148,7 +154,7 @@ bool OrxMaintaindLatencyClient::LatencySubscribe(
 }
 
 void OrxMaintaindLatencyClient::TriggerEventReceive(const uint32_t& entityId) {
-    const auto proxy = OrxMaintaindClient::GetInstance()->GetMaintaindProxy();
+    const auto proxy = DaemonProxy();
     if (!proxy) {
         return;
     }

@@ -19,9 +19,17 @@
 #include "vorx/vcc/api/types/latency.h"
 #include "vorx/vcc/event_controller.h"
 
+namespace vorx {
+namespace vcc {
+class Proxy;
+}  // namespace vcc
+}  // namespace vorx
+
 namespace orx {
 namespace orxcm {
 namespace orxmaintaind {
+
+class OrxMaintaindClient;
 
 // Latency analysis on the application side.
 //
@@ -52,7 +60,9 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     using QueryHandler = std::function<vorx::vcc::api::types::LatencyResult()>;
     using EventInfoMap = std::map<DriverType, std::shared_ptr<EventInfo>>;
 
-    // Takes the "CM" logger and the process-wide EventController; fills the mode translation.
+    // Takes the "CM" logger, the process-wide EventController and a weak reference to the
+    // maintenance client; fills the mode translation.
+    // REQUIRES: the maintenance client exists (do not make one inside its constructor).
     OrxMaintaindLatencyClient();
     // Deletes the query task (a no-op when it never started). While the task exists it holds
     // this client, so in practice this runs at process exit or when the task never started.
@@ -139,11 +149,16 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     static uint16_t InstanceIdOf(const EventInfo& info);
     static std::string TopicNameOf(const EventInfo& info);
     static uint16_t EventIdOf(const EventInfo& info);
+    // The daemon's proxy, or nullptr when there is none or the maintenance client is gone
+    // (process exit: jobs of ours may still run then).
+    std::shared_ptr<vorx::vcc::Proxy> DaemonProxy() const;
     // Translates the daemon's mode and calls `handler`. REQUIRES: modeMutex_ held.
     void CallModeHandler(const ModeHandler& handler, const orx::maintaind::LatencyMode& mode);
 
     std::shared_ptr<ara::kelda::common::log::Log> logger_;
     std::shared_ptr<vorx::vcc::EventController> eventController_;
+    // Weak: the maintenance client owns this object, and our jobs may outlive the client.
+    std::weak_ptr<OrxMaintaindClient> owner_;
     // All bits set until the query task starts. Written once by InitializeQueryTask.
     vorx::vcc::EventHandle queryTaskHandle_;
     // Daemon's LatencyMode value -> core's LatencyAnalysisMode value. Guarded by modeMutex_.

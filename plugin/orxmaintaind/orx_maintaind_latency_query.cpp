@@ -10,7 +10,6 @@
 #include "ara/core/error_code.h"
 #include "ara/core/future.h"
 #include "orx/maintaind/app.h"
-#include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_latency_client.h"
 #include "vorx/vcc/application_name.h"
 #include "vorx/vcc/proxy.h"
@@ -148,7 +147,7 @@ void OrxMaintaindLatencyClient::NotifyLatencyResult(const std::shared_ptr<Latenc
 }
 
 void OrxMaintaindLatencyClient::SendLatencyInfo(const std::shared_ptr<LatencyInfo>& info) {
-    const auto proxy = OrxMaintaindClient::GetInstance()->GetMaintaindProxy();
+    const auto proxy = DaemonProxy();
     const auto method =
         proxy ? proxy->GetMethodProxy<orx::maintaind::ReturnCode>(kRegisterAppMethodId) : nullptr;
     if (!method) {
