@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdlib>
 #include <exception>
 #include <mutex>
 #include <set>
@@ -132,6 +133,15 @@ class EventController::Impl {
         return queue_.size();
     }
 
+    bool WaitForDueOneShotJobs(std::chrono::milliseconds timeout) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        if (std::this_thread::get_id() == workerId_) {
+            return false;
+        }
+        const auto deadline = std::chrono::steady_clock::now() + timeout;
+        return doneCv_.wait_until(lock, deadline, [this] { return !busy_ && !DueOneShotLocked(); });
+    }
+
   private:
     void Run() {
         // The kernel may otherwise let the worker's timed waits expire up to 50 us late (the
@@ -152,6 +162,7 @@ class EventController::Impl {
             std::shared_ptr<Job> job = jobs_.at(std::get<2>(first));
             job->queued = false;
             running_ = job->handle;
+            busy_ = true;
             lock.unlock();
 
             RunGuarded(*job);
@@ -163,7 +174,24 @@ class EventController::Impl {
             lock.unlock();
             job.reset();  // may destroy the task: never under the lock
             lock.lock();
+            busy_ = false;
+            doneCv_.notify_all();
         }
+    }
+
+    // A one-shot job that should have started by now waits in the queue.
+    bool DueOneShotLocked() const {
+        const long now = GetCurMonoTime();
+        for (const QueueKey& key : queue_) {
+            if (std::get<0>(key) > now) {
+                return false;  // the queue is ordered by start
+            }
+            const auto it = jobs_.find(std::get<2>(key));
+            if (it != jobs_.end() && it->second->mode != EventScheduleMode::kCyclic) {
+                return true;
+            }
+        }
+        return false;
     }
 
     void RunGuarded(const Job& job) {
@@ -231,12 +259,29 @@ class EventController::Impl {
     EventHandle running_ = kInvalidEventHandle;                   // guarded by mutex_
     std::thread::id workerId_;                                    // guarded by mutex_
     bool stop_ = false;                                           // guarded by mutex_
+    bool busy_ = false;  // a job runs or its task is being destroyed; guarded by mutex_
 };
+
+namespace {
+
+// Longest wait at process exit for reports scheduled just before it.
+constexpr std::chrono::milliseconds kExitDrainTimeout{5000};
+
+void DrainAtExit() {
+    (void)EventController::GetInstance()->WaitForDueOneShotJobs(kExitDrainTimeout);
+}
+
+}  // namespace
 
 std::shared_ptr<EventController> EventController::GetInstance() {
     // Leaked on purpose, see the header: it must outlive every static destructor.
-    static auto* const instance =
-        new std::shared_ptr<EventController>(std::make_shared<EventController>());
+    static auto* const instance = [] {
+        auto* created = new std::shared_ptr<EventController>(std::make_shared<EventController>());
+        // Runs before the static destructors of everything that existed when the controller
+        // was first asked for, after those of anything created later.
+        (void)std::atexit(DrainAtExit);
+        return created;
+    }();
     return *instance;
 }
 
@@ -263,6 +308,10 @@ void EventController::DelEvent(const EventHandle& handle) {
 
 std::size_t EventController::PendingCount() const {
     return impl_->PendingCount();
+}
+
+bool EventController::WaitForDueOneShotJobs(std::chrono::milliseconds timeout) {
+    return impl_->WaitForDueOneShotJobs(timeout);
 }
 
 }  // namespace vorx::vcc

@@ -1,6 +1,7 @@
 #ifndef VORX_VCC_EVENT_CONTROLLER_H
 #define VORX_VCC_EVENT_CONTROLLER_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -76,6 +77,15 @@ class VCC_EXPORT EventController {
     // Number of queued jobs waiting for their start (a cyclic job counts while it waits for its
     // next slot; the job running right now does not count).
     std::size_t PendingCount() const;
+
+    // Waits until no one-shot job is due and nothing runs, or until `timeout` passes. Cyclic
+    // jobs and jobs that start later do not count. Returns true when that state was reached.
+    // From inside a job it returns false at once (it would wait for itself).
+    //
+    // The process-wide controller calls this at process exit, so reports that were scheduled
+    // just before exit (withdrawals of services that were just stopped) still run, and objects
+    // their jobs keep alive are destroyed while the rest of the process still works.
+    bool WaitForDueOneShotJobs(std::chrono::milliseconds timeout);
 
   private:
     class Impl;
