@@ -11,6 +11,7 @@
 #include "orx/maintaind/latency.h"
 #include "orx/maintaind/record.h"
 #include "orx/maintaind/tools/entries.h"
+#include "orx/maintaind/tools/method_ids.h"
 
 namespace orx::maintaind::tools {
 
