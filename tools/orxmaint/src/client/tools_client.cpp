@@ -1,0 +1,119 @@
+#include "client/tools_client.h"
+
+#include <utility>
+
+#include "orx/maintaind/tools/method_ids.h"
+#include "vorx/driver/dds/dds_entity_info.h"
+#include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
+
+namespace orx::orxmaint {
+
+namespace {
+
+using vorx::vcc::api::types::EntityRole;
+
+std::string ToolsServicePath() {
+    return vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()->GetToolsServicePath();
+}
+
+// Why a request failed, in the user's words, for the core's error codes.
+std::string Explain(const ara::core::ErrorCode& error) {
+    if (error.Domain() == ara::com::GetComErrorDomain()) {
+        switch (static_cast<ara::com::ComErrc>(error.Value())) {
+            case ara::com::ComErrc::kServiceNotAvailable:
+                return "maintaind went away before it answered";
+            case ara::com::ComErrc::kNetworkBindingFailure:
+                return "the request could not be sent";
+            case ara::com::ComErrc::kCommunicationStackError:
+                return "its answer could not be read (are maintaind and orxmaint of the same "
+                       "version?)";
+            default:
+                break;
+        }
+    }
+    return error.Message();
+}
+
+}  // namespace
+
+ToolsClient::ToolsClient(ClientSettings settings) : settings_(std::move(settings)) {
+    vorx::vcc::ServiceDescription search;
+    search.serviceId = maintaind::tools::kToolsServiceId;
+    search.instanceId = settings_.instanceId;
+    search.serviceName = ToolsServicePath();
+    search.driverType = settings_.binding;
+    search_ = vorx::vcc::Proxy::StartFindService(
+        [this](vorx::vcc::ServiceHandleContainer handles) { OnOffers(handles); }, search);
+}
+
+ToolsClient::~ToolsClient() {
+    vorx::vcc::Proxy::StopFindService(search_);
+    std::shared_ptr<vorx::vcc::Proxy> proxy;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        proxy = std::move(proxy_);
+    }
+}
+
+void ToolsClient::OnOffers(const vorx::vcc::ServiceHandleContainer& handles) {
+    if (handles.empty()) {
+        return;  // a proxy made already talks to the service again once it is back
+    }
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        offer_ = std::make_shared<vorx::vcc::HandleType>(handles.front());
+    }
+    offered_.notify_all();
+}
+
+std::shared_ptr<vorx::vcc::Proxy> ToolsClient::WaitForProxy(Clock::time_point deadline) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (proxy_) {
+        return proxy_;
+    }
+    if (search_.id == 0) {
+        return nullptr;
+    }
+    if (!offered_.wait_until(lock, deadline, [this] { return offer_ != nullptr; })) {
+        return nullptr;
+    }
+    proxy_ = std::make_shared<vorx::vcc::Proxy>(*offer_);
+    return proxy_;
+}
+
+std::shared_ptr<vorx::vcc::api::types::MethodInfo> ToolsClient::MethodInfoOf(
+    uint32_t entityId) const {
+    // The DDS topics and QoS of the tools service come from the DFX configuration provider the
+    // driver asks; only the identity is given here.
+    auto info = std::make_shared<vorx::driver::dds::DDSMethodInfo>();
+    info->SetEntityId(entityId);
+    info->SetServiceId(maintaind::tools::kToolsServiceId);
+    info->SetServiceName(ToolsServicePath());
+    info->SetInstanceId(settings_.instanceId);
+    info->SetDriver(settings_.binding);
+    info->SetRole(EntityRole::CLIENT);
+    return info;
+}
+
+CallOutcome ToolsClient::NotReachable() const {
+    return CallOutcome::NotReachable("maintaind is not reachable on " + settings_.where +
+                                     " (instance " + settings_.instanceId + "): no answer within " +
+                                     std::to_string(settings_.timeout.count()) +
+                                     " ms. Is maintaind running?");
+}
+
+CallOutcome ToolsClient::NoReply(const char* methodName) const {
+    return CallOutcome::NoReply("maintaind on " + settings_.where + " (instance " +
+                                settings_.instanceId + ") was found but did not answer " +
+                                methodName + " within " +
+                                std::to_string(settings_.timeout.count()) +
+                                " ms. It may be overloaded; try a larger --timeout-ms.");
+}
+
+CallOutcome ToolsClient::Failed(const char* methodName, const ara::core::ErrorCode& error) const {
+    return CallOutcome::Failed(std::string(methodName) + " to maintaind on " + settings_.where +
+                               " (instance " + settings_.instanceId +
+                               ") failed: " + Explain(error));
+}
+
+}  // namespace orx::orxmaint

@@ -1,0 +1,94 @@
+// The connection to maintaind's tools-side service: finds the service, binds its methods on first
+// use and performs one request at a time with a deadline.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "ara/com/com_error_domain.h"
+#include "client/call_outcome.h"
+#include "vorx/vcc/api/types/driver_type.h"
+#include "vorx/vcc/handle_type.h"
+#include "vorx/vcc/proxy.h"
+
+namespace orx::orxmaint {
+
+using Clock = std::chrono::steady_clock;
+
+// Where the tools service is looked for.
+struct ClientSettings {
+    std::string instanceId{"1"};
+    vorx::vcc::api::types::DriverType binding{vorx::vcc::api::types::DriverType::DDS};
+    // How the transport is named in messages, e.g. "DDS domain 0".
+    std::string where{"DDS domain 0"};
+    std::chrono::milliseconds timeout{2000};
+};
+
+class ToolsClient {
+  public:
+    // Starts searching for the service at once, so discovery overlaps whatever the caller does
+    // before the first call. A search that cannot start shows up as "not reachable" on the first
+    // call.
+    explicit ToolsClient(ClientSettings settings);
+    // Stops the search; waits for a running discovery callback.
+    ~ToolsClient();
+    ToolsClient(const ToolsClient&) = delete;
+    ToolsClient& operator=(const ToolsClient&) = delete;
+
+    const ClientSettings& Settings() const { return settings_; }
+
+    // Calls method `entityId` (named `methodName` in messages) with `request`. Waits until
+    // `deadline` for the service to be found and for the reply. On success stores the reply in
+    // `reply` (whatever its code) and returns an ok outcome; otherwise `reply` is untouched and
+    // the outcome says what went wrong. Call from one thread at a time.
+    template <class Reply, class Request>
+    CallOutcome Call(uint32_t entityId, const char* methodName, const Request& request,
+                     Reply& reply, Clock::time_point deadline) {
+        const std::shared_ptr<vorx::vcc::Proxy> proxy = WaitForProxy(deadline);
+        if (!proxy) {
+            return NotReachable();
+        }
+        const auto method = proxy->InitializeMethodProxy<Reply>(MethodInfoOf(entityId));
+        if (!method) {
+            return CallOutcome::Failed(std::string("the core could not bind ") + methodName +
+                                       " (see the log with --verbose)");
+        }
+        auto future = method->Request(request);
+        const auto left = deadline - Clock::now();
+        if (future.wait_for(left > Clock::duration::zero() ? left : Clock::duration::zero()) !=
+            ara::core::future_status::ready) {
+            return NoReply(methodName);
+        }
+        auto result = future.GetResult();
+        if (!result.HasValue()) {
+            return Failed(methodName, result.Error());
+        }
+        reply = std::move(result).Value();
+        return CallOutcome::Ok();
+    }
+
+  private:
+    // The proxy of the found service, made on first need; nullptr when nothing was found by
+    // `deadline`.
+    std::shared_ptr<vorx::vcc::Proxy> WaitForProxy(Clock::time_point deadline);
+    std::shared_ptr<vorx::vcc::api::types::MethodInfo> MethodInfoOf(uint32_t entityId) const;
+    void OnOffers(const vorx::vcc::ServiceHandleContainer& handles);
+
+    CallOutcome NotReachable() const;
+    CallOutcome NoReply(const char* methodName) const;
+    CallOutcome Failed(const char* methodName, const ara::core::ErrorCode& error) const;
+
+    const ClientSettings settings_;
+    vorx::vcc::FindServiceHandle search_;
+    std::mutex mutex_;
+    std::condition_variable offered_;
+    std::shared_ptr<vorx::vcc::HandleType> offer_;  // guarded by mutex_: newest offer seen
+    std::shared_ptr<vorx::vcc::Proxy> proxy_;       // guarded by mutex_
+};
+
+}  // namespace orx::orxmaint

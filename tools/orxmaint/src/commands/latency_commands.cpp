@@ -1,0 +1,111 @@
+#include "commands/latency_commands.h"
+
+#include <time.h>
+
+#include <chrono>
+
+#include "orx/maintaind/tools/replies.h"
+#include "output/json_output.h"
+#include "output/latency_views.h"
+#include "output/values.h"
+
+namespace orx::orxmaint {
+
+namespace tools = maintaind::tools;
+
+namespace {
+
+constexpr std::chrono::milliseconds kWatchPeriod{1000};
+// Moves the cursor home and clears the terminal, so each refresh replaces the previous one.
+constexpr const char* kClearScreen = "\x1b[H\x1b[2J";
+
+uint64_t NowEpochMs() {
+    return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                     std::chrono::system_clock::now().time_since_epoch())
+                                     .count());
+}
+
+// One query and its output. Returns false (reason on err) when it failed.
+bool ShowResults(CommandContext& context, const tools::QueryFilter& filter) {
+    tools::LatencyResultListReply reply;
+    if (!Query(context, tools::kQueryLatencyResultId, "QueryLatencyResult", filter, reply)) {
+        return false;
+    }
+    if (context.options.json) {
+        PrintJson(EntriesJson(reply.results, context.options.full), context.out);
+        return true;
+    }
+    if (context.options.watch) {
+        if (context.environment.terminal) {
+            context.out << kClearScreen;
+        }
+        context.out << "Latency results at " << LocalTime(NowEpochMs())
+                    << " (refreshed every second, Ctrl-C to stop)\n";
+    }
+    PrintLatencyResults(reply, context.out);
+    if (context.options.watch && !context.environment.terminal) {
+        context.out << '\n';
+    }
+    return true;
+}
+
+}  // namespace
+
+int RunLatencyStatus(CommandContext& context) {
+    tools::LatencyStatusListReply reply;
+    if (!Query(context, tools::kQueryLatencyStatusId, "QueryLatencyStatus",
+               FilterOf(context.options), reply)) {
+        return kExitFailed;
+    }
+    if (context.options.json) {
+        PrintJson(EntriesJson(reply.statuses, context.options.full), context.out);
+    } else {
+        PrintLatencyStatuses(reply, context.out);
+    }
+    return kExitOk;
+}
+
+int RunLatencySwitch(CommandContext& context, bool enable) {
+    tools::LatencySwitchRequest request;
+    request.event = context.options.name;
+    request.mode = enable ? maintaind::LatencyMode::ENABLE : maintaind::LatencyMode::DISABLE;
+    request.filter = FilterOf(context.options);
+    tools::LatencySwitchReply reply;
+    if (!Ask(context, tools::kSwitchLatencyModeId, "SwitchLatencyMode", request, reply)) {
+        return kExitFailed;
+    }
+    if (reply.code != static_cast<uint8_t>(tools::ToolsCode::OK)) {
+        PrintLatencySwitchRefused(reply, request.event, context.err);
+        return kExitFailed;
+    }
+    if (context.options.json) {
+        nlohmann::json done = nlohmann::json::object();
+        done["eventName"] = reply.eventName;
+        done["mode"] = enable ? "enable" : "disable";
+        done["latencyIndex"] = maintaind::ToJson(reply.latencyIndex);
+        PrintJson(nlohmann::json::array({done}), context.out);
+    } else {
+        PrintLatencySwitched(reply, request.mode, context.out);
+    }
+    return kExitOk;
+}
+
+int RunLatencyResults(CommandContext& context) {
+    tools::QueryFilter filter = FilterOf(context.options);
+    filter.latestOnly = !context.options.history;
+    if (!context.options.watch) {
+        return ShowResults(context, filter) ? kExitOk : kExitFailed;
+    }
+    // A daemon that cannot be reached at the start ends the command; later failures (a daemon
+    // restart) are shown and watching goes on.
+    if (!ShowResults(context, filter)) {
+        return kExitFailed;
+    }
+    while (!context.environment.waitUnlessStopped(kWatchPeriod)) {
+        ShowResults(context, filter);
+        context.out.flush();
+    }
+    return kExitOk;
+}
+
+}  // namespace orx::orxmaint
