@@ -67,30 +67,6 @@ TEST_F(LatencyModeTest, OnlyTheLastNamedBindingDecidesTheAcknowledgement) {
         LogLevel::kWarn, "Proxy is not created, register event info fail.", 1, kWait));
 }
 
-TEST_F(LatencyModeTest, PublisherAndSubscriberOfOneEventAreBothCalledAndAcknowledged) {
-    ModeRecorder pub;
-    ModeRecorder sub;
-    const auto event = DdsEvent(10, "2", "topicA");
-    client_->RegisterLatencyMode(pub.Handler(), {{CoreDriverType::DDS, event}}, true);
-    client_->RegisterLatencyMode(sub.Handler(), {{CoreDriverType::DDS, event}}, false);
-
-    client_->ChangeEventLatencyMode(kEnable, Index({kDds}, 10, 2, "topicA"));
-    EXPECT_EQ(pub.Modes(), (std::vector<int>{1}));
-    EXPECT_EQ(sub.Modes(), (std::vector<int>{1}));
-    EXPECT_EQ(capture_->Count(LogLevel::kDebug,
-                              "Find latency index of dds pub, will deal event latency mode"),
-              1U);
-    EXPECT_EQ(capture_->Count(LogLevel::kDebug,
-                              "Find latency index of dds sub, will deal event latency mode"),
-              1U);
-    // The acknowledgement runs on the controller's thread and carries both flags.
-    EXPECT_TRUE(capture_->WaitForContaining(
-        LogLevel::kDebug,
-        "latency mode enable ack pub : 1 sub : 1 serviceId :10instanceId: 2topicName : "
-        "topicAeventId_ : 0",
-        1, kWait));
-}
-
 TEST_F(LatencyModeTest, ModesAreTranslatedAndOnlyEnableAndDisableMoveTheEnabledSet) {
     ModeRecorder sub;
     QueryStub query({1, 0, 1});  // maximum 0: nothing is ever sent
