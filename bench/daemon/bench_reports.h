@@ -3,9 +3,9 @@
 #ifndef BENCH_DAEMON_BENCH_REPORTS_H
 #define BENCH_DAEMON_BENCH_REPORTS_H
 
+#include <unistd.h>
 #include <fstream>
 #include <string>
-#include <unistd.h>
 
 #include "orx/maintaind/app.h"
 

@@ -62,9 +62,9 @@ double IngestRate(const std::string& dbPath, size_t total, size_t batch, Registr
     const auto start = Clock::now();
     for (size_t i = 0; i < total; ++i) {
         IngestItem item;
-        item.work = bench::EventReportFor("app" + std::to_string(i % 20),
-                                          static_cast<int32_t>(1000 + i % 20),
-                                          static_cast<int>(i / 20));
+        item.work =
+            bench::EventReportFor("app" + std::to_string(i % 20),
+                                  static_cast<int32_t>(1000 + i % 20), static_cast<int>(i / 20));
         items.push_back(std::move(item));
         if (items.size() == batch || i + 1 == total) {
             pipeline.Process(items);
@@ -93,8 +93,8 @@ void InProcessEndToEnd() {
     vorx::vcc::ServiceDescription desc;
     desc.serviceId = 0xE000;
     desc.instanceId = "1";
-    desc.serviceName = vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()
-                           ->GetAppServicePath();
+    desc.serviceName =
+        vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()->GetAppServicePath();
     desc.driverType = vorx::vcc::api::types::DriverType::PROLOC;
     std::mutex mutex;
     std::vector<vorx::vcc::HandleType> handles;
@@ -143,9 +143,10 @@ void InProcessEndToEnd() {
     for (std::thread& client : clients) {
         client.join();
     }
-    std::printf("20 clients x 500 reports (in-process driver): %zu visible after %.2f s (%.0f "
-                "reports/s)\n",
-                visible, elapsed, static_cast<double>(visible) / elapsed);
+    std::printf(
+        "20 clients x 500 reports (in-process driver): %zu visible after %.2f s (%.0f "
+        "reports/s)\n",
+        visible, elapsed, static_cast<double>(visible) / elapsed);
 }
 
 }  // namespace
@@ -164,9 +165,10 @@ int main() {
         const double rate = IngestRate(dbPath, kEntities, 64, registry);
         const size_t rssAfter = bench::ResidentBytes();
         std::printf("ingest, batches of 64: %.0f reports/s\n", rate);
-        std::printf("10000 entities: resident memory +%.1f MiB, registry file %.1f MiB\n",
-                    static_cast<double>(rssAfter - rssBefore) / (1 << 20),
-                    static_cast<double>(FileBytes(dbPath) + FileBytes(dbPath + "-wal")) / (1 << 20));
+        std::printf(
+            "10000 entities: resident memory +%.1f MiB, registry file %.1f MiB\n",
+            static_cast<double>(rssAfter - rssBefore) / (1 << 20),
+            static_cast<double>(FileBytes(dbPath) + FileBytes(dbPath + "-wal")) / (1 << 20));
 
         const QueryEngine engine;
         auto start = Clock::now();

@@ -101,8 +101,7 @@ std::string ChildProcess::Output() const {
     return text.str();
 }
 
-bool ChildProcess::WaitForOutput(const std::string& text,
-                                 std::chrono::milliseconds timeout) const {
+bool ChildProcess::WaitForOutput(const std::string& text, std::chrono::milliseconds timeout) const {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (Output().find(text) == std::string::npos) {
         if (std::chrono::steady_clock::now() >= deadline) {

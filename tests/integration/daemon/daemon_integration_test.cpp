@@ -40,7 +40,8 @@ class MaintaindProcessTest : public ::testing::Test {
     }
 
     std::map<std::string, std::string> Env() const {
-        return {{"ORX_DDS_DOMAIN", std::to_string(domain_)}, {"ORX_DFX_PLUGIN", ORX_TEST_PLUGIN_PATH}};
+        return {{"ORX_DDS_DOMAIN", std::to_string(domain_)},
+                {"ORX_DFX_PLUGIN", ORX_TEST_PLUGIN_PATH}};
     }
 
     void StartDaemon(bool fresh) {
@@ -49,7 +50,9 @@ class MaintaindProcessTest : public ::testing::Test {
         if (fresh) {
             argv.push_back("--fresh");
         }
-        daemon_ = std::make_unique<ChildProcess>(argv, Env(), dir_ + "/maintaind.log");
+        // A log of its own per start, so waiting for its lines never sees an earlier run's.
+        daemon_ = std::make_unique<ChildProcess>(
+            argv, Env(), dir_ + "/maintaind-" + std::to_string(++daemonStarts_) + ".log");
         ASSERT_TRUE(daemon_->WaitForOutput("Maintaind started", 20s)) << daemon_->Output();
     }
 
@@ -60,7 +63,8 @@ class MaintaindProcessTest : public ::testing::Test {
     }
 
     std::vector<tools::NodeEntry> Nodes() {
-        auto reply = client_.Call<tools::NodeListReply>(tools::kQueryNodeInfoId, tools::QueryFilter{});
+        auto reply =
+            client_.Call<tools::NodeListReply>(tools::kQueryNodeInfoId, tools::QueryFilter{});
         return reply ? reply->nodes : std::vector<tools::NodeEntry>{};
     }
 
@@ -97,6 +101,7 @@ class MaintaindProcessTest : public ::testing::Test {
     }
 
     uint32_t domain_ = 0;
+    int daemonStarts_ = 0;
     std::string dir_;
     DaemonClient client_;
     std::unique_ptr<ChildProcess> daemon_;
@@ -108,7 +113,8 @@ TEST_F(MaintaindProcessTest, RegistrySurvivesAKilledDaemon) {
     StartDaemon(/*fresh=*/true);
     StartApp("radar");
     ASSERT_TRUE(WaitForApp("radar")) << daemon_->Output();
-    auto before = client_.Call<tools::AllDataReply>(tools::kQueryAllDataTypeId, tools::QueryFilter{});
+    auto before =
+        client_.Call<tools::AllDataReply>(tools::kQueryAllDataTypeId, tools::QueryFilter{});
     ASSERT_TRUE(before);
 
     daemon_->Signal(SIGKILL);
@@ -119,13 +125,27 @@ TEST_F(MaintaindProcessTest, RegistrySurvivesAKilledDaemon) {
               std::string::npos)
         << daemon_->Output();
 
-    auto after = client_.Call<tools::AllDataReply>(tools::kQueryAllDataTypeId, tools::QueryFilter{});
-    ASSERT_TRUE(after);
+    // The killed daemon's offer is listed until its DDS lease ends; a call that went to it
+    // fails, and a new search finds the new daemon.
+    std::optional<tools::AllDataReply> after;
+    ASSERT_TRUE(WaitUntil(
+        [&] {
+            after = client_.Call<tools::AllDataReply>(tools::kQueryAllDataTypeId,
+                                                      tools::QueryFilter{}, 2s);
+            if (!after) {
+                client_.Reset();
+            }
+            return after.has_value();
+        },
+        20s));
     auto identities = [](const tools::AllDataReply& all) {
         std::set<std::tuple<String, String, bool>> ids;
-        for (const auto& event : all.events) ids.emplace(event.appName, event.eventName, event.isPub);
-        for (const auto& method : all.methods) ids.emplace(method.appName, method.methodName, method.isPub);
-        for (const auto& field : all.fields) ids.emplace(field.appName, field.fieldName, field.isPub);
+        for (const auto& event : all.events)
+            ids.emplace(event.appName, event.eventName, event.isPub);
+        for (const auto& method : all.methods)
+            ids.emplace(method.appName, method.methodName, method.isPub);
+        for (const auto& field : all.fields)
+            ids.emplace(field.appName, field.fieldName, field.isPub);
         return ids;
     };
     EXPECT_EQ(identities(*after), identities(*before));
@@ -140,11 +160,21 @@ TEST_F(MaintaindProcessTest, VanishedAndStoppedAppsGoOffline) {
     StartApp("radar");
     StartApp("fusion");
     ASSERT_TRUE(WaitForApp("radar")) << daemon_->Output();
-    ASSERT_TRUE(WaitUntil([&] { auto node = Node("fusion"); return node && node->online; }, 30s));
+    ASSERT_TRUE(WaitUntil(
+        [&] {
+            auto node = Node("fusion");
+            return node && node->online;
+        },
+        30s));
 
     apps_["fusion"]->Signal(SIGKILL);
     const auto killed = std::chrono::steady_clock::now();
-    ASSERT_TRUE(WaitUntil([&] { auto node = Node("fusion"); return node && !node->online; }, 15s));
+    ASSERT_TRUE(WaitUntil(
+        [&] {
+            auto node = Node("fusion");
+            return node && !node->online;
+        },
+        15s));
     const auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - killed);
     EXPECT_LT(seconds.count(), 10.0);
     EXPECT_EQ(Node("fusion")->offlineReason, "process gone");
@@ -153,7 +183,12 @@ TEST_F(MaintaindProcessTest, VanishedAndStoppedAppsGoOffline) {
 
     apps_["radar"]->Signal(SIGTERM);
     ASSERT_TRUE(apps_["radar"]->WaitForExit(15s).has_value());
-    ASSERT_TRUE(WaitUntil([&] { auto node = Node("radar"); return node && !node->online; }, 10s));
+    ASSERT_TRUE(WaitUntil(
+        [&] {
+            auto node = Node("radar");
+            return node && !node->online;
+        },
+        10s));
     EXPECT_EQ(Node("radar")->offlineReason, "offline report") << daemon_->Output();
 }
 
@@ -182,7 +217,8 @@ TEST_F(MaintaindProcessTest, MalformedRequestsAreAnsweredAndTheDaemonStaysUp) {
     node.nodeCommonRegisterInfo.pid = -5;
     EXPECT_EQ(client_.Register(node), std::optional<uint8_t>(1));
 
-    auto status = client_.Call<tools::DaemonStatusReply>(tools::kQueryDaemonStatusId, tools::QueryFilter{});
+    auto status =
+        client_.Call<tools::DaemonStatusReply>(tools::kQueryDaemonStatusId, tools::QueryFilter{});
     ASSERT_TRUE(status);
     EXPECT_EQ(status->counters.undecodable, static_cast<uint64_t>(kGarbage + 1));
     EXPECT_EQ(status->counters.inconsistent, 1U);
@@ -198,7 +234,12 @@ TEST_F(MaintaindProcessTest, LatencySwitchReachesTheApplications) {
     StartApp("radar");
     StartApp("fusion");
     ASSERT_TRUE(WaitForApp("radar")) << daemon_->Output();
-    ASSERT_TRUE(WaitUntil([&] { auto node = Node("fusion"); return node && node->online; }, 30s));
+    ASSERT_TRUE(WaitUntil(
+        [&] {
+            auto node = Node("fusion");
+            return node && node->online;
+        },
+        30s));
 
     tools::LatencySwitchRequest request;
     request.event = "ObjectList";
@@ -220,8 +261,8 @@ TEST_F(MaintaindProcessTest, LatencySwitchReachesTheApplications) {
         << daemon_->Output();
     EXPECT_TRUE(WaitUntil(
         [&] {
-            auto results = client_.Call<tools::LatencyResultListReply>(
-                tools::kQueryLatencyResultId, tools::QueryFilter{});
+            auto results = client_.Call<tools::LatencyResultListReply>(tools::kQueryLatencyResultId,
+                                                                       tools::QueryFilter{});
             return results && !results->results.empty() && results->results[0].appName == "fusion";
         },
         15s));
