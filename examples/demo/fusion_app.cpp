@@ -65,13 +65,14 @@ void TalkToRadar(vorx::vcc::app::ServiceConsumer& radar, int32_t calibrationMdeg
 }  // namespace
 
 int RunFusion(vorx::vcc::app::Runtime& runtime) {
+    // Counted by the handlers, so made before the consumer and destroyed after it.
+    std::atomic<uint64_t> lists{0};
+    std::atomic<uint64_t> objects{0};
     auto radar = runtime.Require("/demo/RadarService");
     if (!radar) {
         Say("[fusion] /demo/RadarService is not deployed in " + runtime.ConfigPath());
         return 1;
     }
-    std::atomic<uint64_t> lists{0};
-    std::atomic<uint64_t> objects{0};
     radar->SetSampleTimeoutHandler([&runtime](const std::string& event, uint32_t count) {
         Say("[fusion] no " + event + " for " + std::to_string(runtime.SampleTimeoutThresholdMs()) +
             " ms (sample timeout #" + std::to_string(count) + ")");

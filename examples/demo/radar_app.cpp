@@ -37,12 +37,12 @@ ObjectList MakeFrame(uint32_t frame) {
 }  // namespace
 
 int RunRadar(vorx::vcc::app::Runtime& runtime) {
+    std::atomic<int32_t> offsetMdeg{0};  // used by the method handler: outlives the provider
     auto radar = runtime.Provide("/demo/RadarService");
     if (!radar) {
         Say("[radar] /demo/RadarService is not deployed in " + runtime.ConfigPath());
         return 1;
     }
-    std::atomic<int32_t> offsetMdeg{0};
     radar->ServeMethodSync<CalibrationResult, int32_t>(
         "Calibrate", [&offsetMdeg](const int32_t& deltaMdeg) {
             CalibrationResult result;

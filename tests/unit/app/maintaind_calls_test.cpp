@@ -109,10 +109,10 @@ TEST_F(MaintaindCallsTest, ConsumerReportsTheUsingSideAndItsSubscriptions) {
 }
 
 TEST_F(MaintaindCallsTest, LatencyIsMeasuredWhileTheDaemonHasItSwitchedOn) {
+    Inbox<uint32_t> received;  // outlives the consumer that fills it
     ServiceProvider provider(SensorDeployment("provided"));
     ASSERT_TRUE(provider.Offer());
     ServiceConsumer consumer(SensorDeployment("required"));
-    Inbox<uint32_t> received;
     ASSERT_TRUE(consumer.Subscribe<TestSample>(
         "Objects", [&received](const TestSample& sample) { received.Put(sample.value); }));
     ASSERT_TRUE(consumer.WaitForService(5s));
@@ -150,12 +150,12 @@ TEST_F(MaintaindCallsTest, LatencyIsMeasuredWhileTheDaemonHasItSwitchedOn) {
 }
 
 TEST_F(MaintaindCallsTest, SampleTimeoutsReachTheListenerAndTheApplication) {
+    Inbox<std::pair<std::string, uint32_t>> timeouts;
     ServiceProvider provider(SensorDeployment("provided"));
     ASSERT_TRUE(provider.Offer());
     ConsumerSettings settings;
     settings.sampleTimeoutThresholdMs = 30;
     ServiceConsumer consumer(SensorDeployment("required"), settings);
-    Inbox<std::pair<std::string, uint32_t>> timeouts;
     consumer.SetSampleTimeoutHandler([&timeouts](const std::string& event, uint32_t count) {
         timeouts.Put({event, count});
     });
@@ -179,12 +179,12 @@ TEST_F(MaintaindCallsTest, SampleTimeoutsReachTheListenerAndTheApplication) {
 
 TEST_F(MaintaindCallsTest, WatchWorksForTheApplicationWhenThePluginHandsOutNoListener) {
     recorder_->WithoutListener();
+    Inbox<uint32_t> timeouts;
     ServiceProvider provider(SensorDeployment("provided"));
     ASSERT_TRUE(provider.Offer());
     ConsumerSettings settings;
     settings.sampleTimeoutThresholdMs = 20;
     ServiceConsumer consumer(SensorDeployment("required"), settings);
-    Inbox<uint32_t> timeouts;
     consumer.SetSampleTimeoutHandler(
         [&timeouts](const std::string&, uint32_t count) { timeouts.Put(count); });
     ASSERT_TRUE(consumer.Subscribe<TestSample>("Objects", nullptr));

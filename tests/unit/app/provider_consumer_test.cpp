@@ -37,6 +37,8 @@ T ValueOf(ServiceConsumer::ResultFuture<T> future) {
 class ProviderConsumerTest : public orx::test::LogCaptureTest {};
 
 TEST_F(ProviderConsumerTest, EventsMethodsAndFieldsTravel) {
+    Inbox<TestSample> samples;  // outlive the consumer that fills them
+    Inbox<TestSample> gains;
     ServiceProvider provider(SensorDeployment("provided"));
     const bool served = provider.ServeMethodSync<bool, uint8_t, std::string>(
         "Reset", [](const uint8_t& level, const std::string& reason) {
@@ -51,8 +53,6 @@ TEST_F(ProviderConsumerTest, EventsMethodsAndFieldsTravel) {
     ASSERT_TRUE(provider.Offer());
 
     ServiceConsumer consumer(SensorDeployment("required"));
-    Inbox<TestSample> samples;
-    Inbox<TestSample> gains;
     ASSERT_TRUE(consumer.Subscribe<TestSample>(
         "Objects", [&samples](const TestSample& sample) { samples.Put(sample); }));
     ASSERT_TRUE(consumer.SubscribeField<TestSample>(
@@ -93,11 +93,12 @@ TEST_F(ProviderConsumerTest, CallsThatCannotBeMadeFailAtOnce) {
 }
 
 TEST_F(ProviderConsumerTest, ConsumerFollowsTheServiceAwayAndBack) {
+    Inbox<bool> availability;  // outlive the consumer that fills them
+    Inbox<uint32_t> samples;
+    Inbox<bool> late;
     auto provider = std::make_unique<ServiceProvider>(SensorDeployment("provided"));
     ServiceConsumer consumer(SensorDeployment("required"));
-    Inbox<bool> availability;
     consumer.SetAvailabilityHandler([&availability](bool up) { availability.Put(up); });
-    Inbox<uint32_t> samples;
     ASSERT_TRUE(consumer.Subscribe<TestSample>(
         "Objects", [&samples](const TestSample& sample) { samples.Put(sample.value); }));
 
@@ -114,7 +115,6 @@ TEST_F(ProviderConsumerTest, ConsumerFollowsTheServiceAwayAndBack) {
     ASSERT_TRUE(samples.WaitFor(1)) << "the subscription outlives the withdrawal";
     EXPECT_EQ(samples.Values()[0], 9U);
 
-    Inbox<bool> late;
     consumer.SetAvailabilityHandler([&late](bool up) { late.Put(up); });
     EXPECT_EQ(late.Values(), (std::vector<bool>{true})) << "told at once when available";
 }
