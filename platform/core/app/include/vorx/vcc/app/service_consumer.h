@@ -57,7 +57,8 @@ class VCC_EXPORT ServiceConsumer {
 
     explicit ServiceConsumer(ServiceDeployment deployment, ConsumerSettings settings = {});
     // Stops the search and the subscriptions (waits for a running handler unless called from
-    // one) and reports the withdrawals. Waiting calls fail with kServiceNotAvailable.
+    // one) and reports the withdrawals. Waiting calls fail with kServiceNotAvailable. No handler
+    // runs after it returns, so what the handlers use must live until then.
     ~ServiceConsumer();
     ServiceConsumer(const ServiceConsumer&) = delete;
     ServiceConsumer& operator=(const ServiceConsumer&) = delete;
