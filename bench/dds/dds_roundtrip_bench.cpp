@@ -8,11 +8,12 @@
 //   chained:  the next request goes out from inside the reply callback, as
 //             ddsperf's ping does, so the figure compares with ddsperf's.
 //
-//   dds_roundtrip_bench [--domain D] [--rounds N] [--warmup N]
+//   dds_roundtrip_bench [--domain D] [--rounds N] [--warmup N] [--size BYTES]
 //   dds_roundtrip_bench --size-only         request payload size in bytes
 //   dds_roundtrip_bench --cyclone-config    the loopback Cyclone configuration
 #include <signal.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -51,6 +52,7 @@ struct Options {
     uint32_t domain = 222;
     int rounds = 20000;
     int warmup = 2000;
+    size_t size = 0;  // request payload size; 0: a fully populated AppRegisterInfo
 };
 
 vcc::ServiceDescription BenchService() {
@@ -82,6 +84,11 @@ std::shared_ptr<DdsDriver> MakeDriver(uint32_t domain) {
 }
 
 int Serve(const Options& options) {
+    // Ends with the benchmark, however that ends.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() == 1) {
+        return 1;
+    }
     auto driver = MakeDriver(options.domain);
     const std::vector<uint8_t> reply = vorx::serialize::Encode(ReturnCode{0});
     std::weak_ptr<DdsDriver> weak = driver;
@@ -174,20 +181,26 @@ std::vector<double> Run(DdsDriver& driver, const vcc::HandleType& handle,
         ++answered;
         if (chained && answered < total) {
             send();
+            return;
         }
         done.notify_all();
     };
     client = driver.Connect(handle, callbacks);
+    bool complete = true;
     if (chained) {
         std::unique_lock<std::mutex> lock(mutex);
         send();
-        done.wait(lock, [&] { return answered >= total; });
+        complete = done.wait_for(lock, std::chrono::seconds(60), [&] { return answered >= total; });
     } else {
-        for (int i = 0; i < total; ++i) {
+        for (int i = 0; i < total && complete; ++i) {
             std::unique_lock<std::mutex> lock(mutex);
             send();
-            done.wait(lock, [&] { return answered > i; });
+            complete = done.wait_for(lock, std::chrono::seconds(5), [&] { return answered > i; });
         }
+    }
+    if (!complete) {
+        std::fprintf(stderr, "a reply did not come\n");
+        std::exit(1);
     }
     driver.Disconnect(client);
     return latencies;
@@ -236,6 +249,8 @@ int main(int argc, char** argv) {
             options.rounds = std::stoi(argv[++i]);
         } else if (arg == "--warmup" && i + 1 < argc) {
             options.warmup = std::stoi(argv[++i]);
+        } else if (arg == "--size" && i + 1 < argc) {
+            options.size = std::stoul(argv[++i]);
         }
     }
     if (serve) {
@@ -244,7 +259,8 @@ int main(int argc, char** argv) {
     const pid_t server = StartServer(options);
     auto driver = MakeDriver(options.domain);
     const vcc::HandleType handle = FindService(*driver);
-    const std::vector<uint8_t> request = RequestBytes();
+    const std::vector<uint8_t> request =
+        options.size == 0 ? RequestBytes() : std::vector<uint8_t>(options.size, 0x5A);
     std::printf("DDS round trip, request %zu bytes, reply %zu bytes, %d rounds\n", request.size(),
                 vorx::serialize::Encode(ReturnCode{0}).size(), options.rounds);
     Run(*driver, handle, request, options.warmup, true);

@@ -12,6 +12,8 @@
 //       main. A static object's destructor then sends one report during static
 //       destruction, waits at most 300 ms for the reply and prints
 //       "EXIT REPLY code=<code>" or "EXIT REPLY none".
+#include <signal.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -148,6 +150,8 @@ int RunExitClient() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Ends with the test that started it, however that ends.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     // Linking the driver registers it; saying so also keeps the library when
     // the linker drops unreferenced ones.
     vorx::driver::dds::RegisterDdsDriver();

@@ -13,6 +13,8 @@
 //   dds_peer client <serviceId> <instanceId> <servicePath> <requests>
 //       Waits for the service, sends <requests> requests and prints
 //       "REPLIES <n>" with the number of matching replies, then exits.
+#include <signal.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -163,6 +165,8 @@ int RunClient(const std::shared_ptr<DdsDriver>& driver, const vcc::ServiceDescri
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Ends with the test that started it, however that ends.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (argc < 5) {
         std::cerr << "usage: dds_peer server|client <serviceId> <instanceId> <servicePath> "
                      "[requests]\n";

@@ -90,8 +90,10 @@ struct ClientEntry {
     vcc::HandleType handle;
     std::shared_ptr<ClientState> state;
     vcc::ProviderId target{0};  // the offer requests went to last; 0 before the first one
-    std::map<uint32_t, MethodTopics> methodTopics;  // resolved per method
-    std::map<uint32_t, uint64_t> subscriptions;     // event -> transport subscription
+    // That offer, while it lasts (cleared with target when it goes away).
+    std::shared_ptr<const ServiceOffer> targetOffer;
+    std::map<uint32_t, std::shared_ptr<const MethodTopics>> methodTopics;  // resolved per method
+    std::map<uint32_t, uint64_t> subscriptions;  // event -> transport subscription
 };
 
 }  // namespace
@@ -177,7 +179,10 @@ class DdsDriver::Impl {
         state->callbacks = std::move(callbacks);
         {
             std::lock_guard<std::mutex> lock(mutex_);
-            clients_[client] = ClientEntry{handle, state, 0, {}, {}};
+            ClientEntry entry;
+            entry.handle = handle;
+            entry.state = state;
+            clients_[client] = std::move(entry);
         }
         transport_->OpenClient(client, [state](Frame frame) {
             state->gate.Run([&] {
@@ -210,26 +215,37 @@ class DdsDriver::Impl {
     }
 
     bool SendRequest(vcc::ClientId client, vcc::MethodCall call) {
-        vcc::HandleType handle;
-        std::optional<MethodTopics> cached;
+        std::optional<vcc::HandleType> handle;
+        std::shared_ptr<const ServiceOffer> offer;
+        std::shared_ptr<const MethodTopics> topics;
         {
             std::lock_guard<std::mutex> lock(mutex_);
             auto found = clients_.find(client);
             if (found == clients_.end()) {
                 return false;
             }
-            handle = found->second.handle;
-            auto topics = found->second.methodTopics.find(call.entityId);
-            if (topics != found->second.methodTopics.end()) {
-                cached = topics->second;
+            ClientEntry& entry = found->second;
+            if (entry.target != 0 && entry.targetOffer) {
+                offer = entry.targetOffer;
+            }
+            auto known = entry.methodTopics.find(call.entityId);
+            if (known != entry.methodTopics.end()) {
+                topics = known->second;
+            }
+            if (!offer || !topics) {
+                handle = entry.handle;
             }
         }
-        const std::optional<ServiceOffer> offer = TargetOffer(handle);
         if (!offer) {
-            return false;
+            auto target = TargetOffer(*handle);
+            if (!target) {
+                return false;
+            }
+            offer = std::make_shared<const ServiceOffer>(std::move(*target));
         }
-        if (!cached) {
-            cached = resolver_.ResolveMethod(handle.GetDescription(), call.entityId);
+        if (!topics) {
+            topics = std::make_shared<const MethodTopics>(
+                resolver_.ResolveMethod(handle->GetDescription(), call.entityId));
         }
         Frame frame;
         if (!WireBytes(call.payload, &frame.payload)) {
@@ -243,14 +259,15 @@ class DdsDriver::Impl {
         frame.clientId = client;
         frame.sessionId = call.sessionId;
         const DdsStatus status =
-            transport_->SendRequest(*cached, std::move(frame), offer->providerGuid);
-        {
+            transport_->SendRequest(*topics, std::move(frame), offer->providerGuid);
+        if (handle) {
             std::lock_guard<std::mutex> lock(mutex_);
             auto found = clients_.find(client);
             if (found != clients_.end()) {
-                found->second.methodTopics[call.entityId] = *cached;
+                found->second.methodTopics[call.entityId] = topics;
                 if (status.ok()) {
                     found->second.target = offer->providerId;
+                    found->second.targetOffer = offer;
                 }
             }
         }
@@ -463,6 +480,7 @@ class DdsDriver::Impl {
                     client.target != 0 ? client.target : client.handle.GetProviderId();
                 if (target == offer.providerId) {
                     client.target = 0;
+                    client.targetOffer.reset();
                     affected.push_back(client.state);
                 }
             }

@@ -117,8 +117,14 @@ class DdsTransport::Impl {
                 thread->Stop();
             }
         }
-        std::lock_guard<std::mutex> lock(endpointsMutex_);
-        endpoints_.clear();
+        // Deleting a reader waits for its listener to return; that listener may
+        // need endpointsMutex_, so the endpoints go outside of it.
+        std::map<std::string, EndpointEntry> endpoints;
+        {
+            std::lock_guard<std::mutex> lock(endpointsMutex_);
+            endpoints.swap(endpoints_);
+        }
+        endpoints.clear();
     }
 
     DdsStatus Start() {
@@ -159,37 +165,79 @@ class DdsTransport::Impl {
 
     // The endpoint of `topic`, made with `qos` on first use. With `role` set,
     // its reader of that role exists (tagged with `readerTag` when made) and
-    // feeds the role's thread.
+    // hands its frames to that role's handlers.
     std::shared_ptr<FrameEndpoint> Endpoint(const std::string& topic, const EndpointQos& qos,
                                             const ReaderRole* role, const std::string& readerTag,
                                             DdsStatus* status) {
-        std::lock_guard<std::mutex> lock(endpointsMutex_);
-        auto& entry = endpoints_[topic];
-        if (!entry.endpoint) {
-            entry.endpoint = std::make_shared<FrameEndpoint>(participant_, topic, qos);
+        std::shared_ptr<FrameEndpoint> endpoint;
+        {
+            std::lock_guard<std::mutex> lock(endpointsMutex_);
+            auto& entry = endpoints_[topic];
+            if (!entry.endpoint) {
+                entry.endpoint = std::make_shared<FrameEndpoint>(participant_, topic, qos);
+            }
+            endpoint = entry.endpoint;
         }
         *status = DdsStatus::Ok();
-        if (role == nullptr) {
-            return entry.endpoint;
-        }
-        uint64_t& token = entry.watchTokens[static_cast<size_t>(*role)];
-        if (token == 0) {
-            const dds_entity_t reader = entry.endpoint->Reader(*role, readerTag, status);
+        // The reader is made outside endpointsMutex_: making entities may wait
+        // for listeners, and listeners look endpoints up.
+        if (role != nullptr && !endpoint->HasReader(*role)) {
+            FrameEndpoint* raw = endpoint.get();
+            const ReaderRole which = *role;
+            const dds_entity_t reader = raw->Reader(
+                which, readerTag,
+                [this, which](dds_entity_t ready) { OnDataAvailable(ready, which); }, status);
             if (reader < 0) {
                 return nullptr;
             }
-            FrameEndpoint* raw = entry.endpoint.get();
-            if (*role == ReaderRole::kServer) {
-                token = server_->Watch(reader, [this, raw] { OnServerFrames(raw); }, status);
-            } else {
-                token = client_->Watch(reader, [this, raw] { OnClientFrames(raw); }, status);
-            }
-            if (token == 0) {
-                return nullptr;
-            }
         }
-        return entry.endpoint;
+        return endpoint;
     }
+
+    // Cyclone calls this when a reader holds new samples: on its receive
+    // thread for samples from other processes, and in the writer's thread for
+    // samples of this process. The first are handled right there (no thread
+    // switch on the way of a request or reply); the second are handed to the
+    // role's thread, because callbacks never run on a caller's thread.
+    void OnDataAvailable(dds_entity_t reader, ReaderRole role) {
+        if (InOwnWrite()) {
+            DispatchThread* thread = role == ReaderRole::kServer ? server_.get() : client_.get();
+            thread->Post([this, reader, role] { Drain(reader, role); });
+            return;
+        }
+        ListenerScope inListener(reader);
+        Drain(reader, role);
+    }
+
+    // Takes the reader's frames and routes them, one role at a time: the
+    // handlers of a role never run concurrently (a handler may still get here
+    // again on its own thread).
+    void Drain(dds_entity_t reader, ReaderRole role) {
+        std::vector<Frame> frames;
+        FrameEndpoint::TakeAll(reader, &frames);
+        if (frames.empty()) {
+            return;
+        }
+        if (role == ReaderRole::kServer) {
+            std::lock_guard<std::recursive_mutex> serial(serverCalls_);
+            OnServerFrames(std::move(frames));
+        } else {
+            std::lock_guard<std::recursive_mutex> serial(clientCalls_);
+            OnClientFrames(std::move(frames));
+        }
+    }
+
+    // The endpoint of `topic` if it exists; never makes one.
+    std::shared_ptr<FrameEndpoint> Existing(const std::string& topic) {
+        std::lock_guard<std::mutex> lock(endpointsMutex_);
+        auto found = endpoints_.find(topic);
+        return found == endpoints_.end() ? nullptr : found->second.endpoint;
+    }
+
+    // Inside a listener, a send that would make an entity or wait for a peer
+    // is done on another thread instead (see InListener); the caller then
+    // reports success, as for any send on its way.
+    static bool MustDefer(bool readyInline) { return !readyInline && InListener(); }
 
     std::shared_ptr<FrameEndpoint> Endpoint(const std::string& topic, const EndpointQos& qos,
                                             DdsStatus* status) {
@@ -256,9 +304,7 @@ class DdsTransport::Impl {
 
     // Server thread: requests go to their offer's handler; replies that share
     // the topic are the client reader's business.
-    void OnServerFrames(FrameEndpoint* endpoint) {
-        std::vector<Frame> frames;
-        endpoint->TakeAll(ReaderRole::kServer, &frames);
+    void OnServerFrames(std::vector<Frame> frames) {
         for (auto& frame : frames) {
             if (frame.kind == FrameKind::kRequest) {
                 RouteRequest(std::move(frame));
@@ -268,9 +314,7 @@ class DdsTransport::Impl {
 
     // Client thread: replies and event samples; requests that share the topic
     // are the server reader's business.
-    void OnClientFrames(FrameEndpoint* endpoint) {
-        std::vector<Frame> frames;
-        endpoint->TakeAll(ReaderRole::kClient, &frames);
+    void OnClientFrames(std::vector<Frame> frames) {
         for (auto& frame : frames) {
             if (frame.kind == FrameKind::kReply) {
                 RouteReply(std::move(frame));
@@ -352,7 +396,6 @@ class DdsTransport::Impl {
 
     struct EndpointEntry {
         std::shared_ptr<FrameEndpoint> endpoint;
-        std::array<uint64_t, 2> watchTokens{};  // per ReaderRole
     };
     std::mutex endpointsMutex_;
     std::map<std::string, EndpointEntry> endpoints_;  // guarded by endpointsMutex_
@@ -361,6 +404,10 @@ class DdsTransport::Impl {
         uint16_t serviceId;
         std::shared_ptr<Slot> slot;
     };
+    // Held while the handlers of one role run (see Drain).
+    std::recursive_mutex serverCalls_;
+    std::recursive_mutex clientCalls_;
+
     std::mutex routesMutex_;
     std::map<uint64_t, Server> servers_;                 // guarded by routesMutex_
     std::multiset<uint16_t> servedServices_;             // guarded by routesMutex_
@@ -494,13 +541,23 @@ DdsStatus DdsTransport::ListenForRequests(uint16_t /*serviceId*/, const std::str
 
 DdsStatus DdsTransport::SendReply(const std::string& replyTopic, Frame reply,
                                   const ParticipantGuid& client) {
+    std::shared_ptr<FrameEndpoint> endpoint = impl_->Existing(replyTopic);
+    const bool ready = endpoint && endpoint->CanWriteInline(FrameKind::kReply, &client);
+    if (Impl::MustDefer(ready)) {
+        impl_->server_->Post([this, replyTopic, reply = std::move(reply), client] {
+            SendReply(replyTopic, reply, client);
+        });
+        return DdsStatus::Ok();
+    }
     DdsStatus status;
-    auto endpoint = impl_->Endpoint(replyTopic, MethodEndpointQos(), &status);
     if (!endpoint) {
-        return status;
+        endpoint = impl_->Endpoint(replyTopic, MethodEndpointQos(), &status);
+        if (!endpoint) {
+            return status;
+        }
     }
     impl_->Stamp(reply, FrameKind::kReply);
-    return endpoint->Write(reply, std::string(), &client, impl_->MatchWait());
+    return endpoint->Write(reply, &client, impl_->MatchWait());
 }
 
 DdsStatus DdsTransport::OpenClient(uint64_t clientId, FrameHandler onReply) {
@@ -533,18 +590,33 @@ void DdsTransport::CloseClient(uint64_t clientId) {
 
 DdsStatus DdsTransport::SendRequest(const MethodTopics& topics, Frame request,
                                     const ParticipantGuid& provider) {
-    DdsStatus status = impl_->ListenForReplies(topics.replyTopic);
-    if (!status.ok()) {
-        return status;
+    const std::shared_ptr<FrameEndpoint> replies = impl_->Existing(topics.replyTopic);
+    std::shared_ptr<FrameEndpoint> requests = impl_->Existing(topics.requestTopic);
+    const bool listening = replies && replies->HasReader(ReaderRole::kClient);
+    const bool ready =
+        listening && requests && requests->CanWriteInline(FrameKind::kRequest, &provider);
+    if (Impl::MustDefer(ready)) {
+        impl_->client_->Post([this, topics, request = std::move(request), provider] {
+            SendRequest(topics, request, provider);
+        });
+        return DdsStatus::Ok();
     }
-    auto endpoint = impl_->Endpoint(topics.requestTopic, MethodEndpointQos(), &status);
-    if (!endpoint) {
-        return status;
+    DdsStatus status;
+    if (!listening) {
+        status = impl_->ListenForReplies(topics.replyTopic);
+        if (!status.ok()) {
+            return status;
+        }
+    }
+    if (!requests) {
+        requests = impl_->Endpoint(topics.requestTopic, MethodEndpointQos(), &status);
+        if (!requests) {
+            return status;
+        }
     }
     impl_->Stamp(request, FrameKind::kRequest);
     request.replyTopic = topics.replyTopic;
-    return endpoint->Write(request, PeerTopics::RequestTag(request.serviceId), &provider,
-                           impl_->MatchWait());
+    return requests->Write(request, &provider, impl_->MatchWait());
 }
 
 DdsStatus DdsTransport::PrepareEvent(const EventTopic& topic) {
@@ -557,9 +629,21 @@ DdsStatus DdsTransport::PrepareEvent(const EventTopic& topic) {
 }
 
 DdsStatus DdsTransport::Publish(const EventTopic& topic, Frame sample) {
-    impl_->Stamp(sample, FrameKind::kEvent);
     std::set<std::string> topics = impl_->peers_->EventTopics(sample.serviceId, sample.entityId);
     topics.insert(topic.topic);
+    if (InListener()) {
+        bool ready = true;
+        for (const auto& name : topics) {
+            auto existing = impl_->Existing(name);
+            ready = ready && existing && existing->CanWriteInline(FrameKind::kEvent, nullptr);
+        }
+        if (Impl::MustDefer(ready)) {
+            impl_->server_->Post(
+                [this, topic, sample = std::move(sample)] { Publish(topic, sample); });
+            return DdsStatus::Ok();
+        }
+    }
+    impl_->Stamp(sample, FrameKind::kEvent);
     DdsStatus result;
     for (const auto& name : topics) {
         EventTopic settings = topic;
@@ -567,7 +651,7 @@ DdsStatus DdsTransport::Publish(const EventTopic& topic, Frame sample) {
         DdsStatus status;
         auto endpoint = impl_->Endpoint(name, EventEndpointQos(settings), &status);
         if (endpoint) {
-            status = endpoint->Write(sample, std::string(), nullptr, std::chrono::milliseconds(0));
+            status = endpoint->Write(sample, nullptr, std::chrono::milliseconds(0));
         }
         if (!status.ok() && result.ok()) {
             result = status;
@@ -593,7 +677,7 @@ uint64_t DdsTransport::Subscribe(const EventTopic& topic, uint16_t serviceId,
                                       Subscription{serviceId, instanceId, entityId,
                                                    std::make_shared<Slot>(std::move(onSample))});
     }
-    if (provider != nullptr && !impl_->OnOwnThread()) {
+    if (provider != nullptr && !impl_->OnOwnThread() && !InListener()) {
         // Not an error when it does not come: the provider may never publish
         // this event.
         endpoint->WaitForWriterOf(*provider, impl_->MatchWait());
@@ -616,7 +700,11 @@ void DdsTransport::Unsubscribe(uint64_t subscriptionId) {
 }
 
 void DdsTransport::PostToClientThread(std::function<void()> task) {
-    impl_->client_->Post(std::move(task));
+    Impl* impl = impl_.get();
+    impl->client_->Post([impl, task = std::move(task)] {
+        std::lock_guard<std::recursive_mutex> serial(impl->clientCalls_);
+        task();
+    });
 }
 
 }  // namespace dds

@@ -41,9 +41,12 @@ namespace dds {
 //     wait, 1 s by default) until the peer's reader is matched; later messages
 //     do not wait.
 //
-// Threads: callbacks run on the transport's threads (DdsTransport), never
-// while the driver holds a lock. The callbacks of one client (replies, events,
-// service loss) run on one thread, one at a time.
+// Threads: callbacks run on Cyclone's receive thread (messages from other
+// processes) or on the transport's own threads (messages of this process,
+// discovery), never on the caller's thread and never while the driver holds a
+// lock; see DdsTransport. Request handlers run one at a time, and so do the
+// callbacks of clients (replies, events, service loss). Keep them short: a
+// callback on the receive thread holds up what arrives after it.
 //
 // Lifetime: the process's driver (GetShared) is never destroyed, so it keeps
 // working during static destruction at process exit. A driver from Create stops

@@ -23,15 +23,24 @@ namespace dds {
 // announcements, and frames on method and event topics. It knows nothing of the
 // core's records; payloads are bytes.
 //
-// Threads: three threads of its own.
+// Threads. Frames from other processes are handled where Cyclone receives
+// them, in the reader's listener on Cyclone's receive thread: no thread switch
+// on the way of a request, reply or event sample. Frames written in this
+// process reach the readers in the writer's thread; they are handed to the
+// transport's own threads instead, so that a handler never runs on a caller's
+// thread. Its threads:
 //   - discovery thread: find handlers and the offer-lost handler;
-//   - server thread: takes requests and runs request handlers;
-//   - client thread: takes replies and event samples, runs their handlers and
-//     the tasks of PostToClientThread.
-// Servers and clients run apart, so a server that waits inside its handler for
-// another service's reply does not hold up the replies. A process that serves
-// and calls a method whose requests and replies share one topic reads that
-// topic once per side.
+//   - server thread: requests written in this process, deferred sends of
+//     servers;
+//   - client thread: replies and samples written in this process, the tasks
+//     of PostToClientThread, deferred sends of clients.
+// The request handlers run one at a time, and so do all reply, event and
+// client-thread handlers, whatever thread they run on. A handler that runs in
+// a listener holds up the reception of this participant while it runs: keep it
+// short (a server can keep its request and answer later). A send from a
+// handler in a listener that would have to make an entity or wait for
+// discovery of a peer is done on the server or client thread instead, and
+// reported as sent.
 // No lock of the transport is held while a handler runs: handlers may call any
 // operation, including stopping their own registration.
 //
@@ -89,8 +98,8 @@ class VCC_EXPORT DdsTransport {
     void SetOfferLostHandler(OfferLostHandler handler);
 
     // ---- Methods, server side ----
-    // Hands every request frame addressed to `providerId` to `onRequest` on the
-    // server thread. Requests can come on any topic that clients of `serviceId`
+    // Hands every request frame addressed to `providerId` to `onRequest` (see
+    // Threads above). Requests can come on any topic that clients of `serviceId`
     // announced (see ListenForRequests). Serving an id again replaces the handler.
     DdsStatus Serve(uint64_t providerId, uint16_t serviceId, FrameHandler onRequest);
     // After it returns the handler of `providerId` is not called again.
@@ -106,8 +115,8 @@ class VCC_EXPORT DdsTransport {
     DdsStatus SendReply(const std::string& replyTopic, Frame reply, const ParticipantGuid& client);
 
     // ---- Methods, client side ----
-    // Hands every reply frame addressed to `clientId` to `onReply` on the
-    // client thread. Opening an id again replaces the handler.
+    // Hands every reply frame addressed to `clientId` to `onReply` (see Threads
+    // above). Opening an id again replaces the handler.
     DdsStatus OpenClient(uint64_t clientId, FrameHandler onReply);
     // After it returns the reply handler of `clientId` is not called again.
     void CloseClient(uint64_t clientId);
@@ -127,7 +136,7 @@ class VCC_EXPORT DdsTransport {
     // send times; the sequence number is the caller's. Any thread.
     DdsStatus Publish(const EventTopic& topic, Frame sample);
     // Hands every sample of event `entityId` of serviceId/instanceId read from
-    // `topic` to `onSample` on the client thread (an instance matching any
+    // `topic` to `onSample` (see Threads above) (an instance matching any
     // takes every instance). With `provider` set (the offer's participant),
     // first waits up to the match wait until our reader has matched its writer
     // (an offering transport makes that writer as soon as it sees the
