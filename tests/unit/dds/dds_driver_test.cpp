@@ -2,6 +2,7 @@
 // on loopback.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <future>
@@ -250,6 +251,53 @@ TEST(DdsDriver, EventsReachSubscribersOfTheSameService) {
         << sequences.Get().size();
     client->Disconnect(id);
     client->StopFind(find);
+}
+
+}  // namespace
+
+namespace {
+
+// One driver that serves a method and calls it, requests and replies sharing
+// one topic: the server sees only requests, the client only its replies.
+TEST(DdsDriver, OneDriverServesAndCallsOverASharedTopic) {
+    auto driver = MakeDriver(214);
+    ASSERT_TRUE(driver);
+    driver->SetMethodTopics(0x2222, 60621, MethodTopics{"SharedBothWays", "SharedBothWays"});
+    Watched<int> requests;
+    vcc::ServerCallbacks server = EchoServer(driver);
+    auto echo = server.onRequest;
+    server.onRequest = [&, echo](vcc::ProviderId provider, const vcc::MethodCall& call) {
+        requests.Change([](int& count) { ++count; });
+        echo(provider, call);
+    };
+    ASSERT_NE(driver->Offer(Service("1"), server), 0u);
+    Watched<vcc::ServiceHandleContainer> found;
+    const auto find = driver->StartFind(Service("1"), [&](const auto& handles) {
+        found.Change([&](auto& list) { list = handles; });
+    });
+    ASSERT_TRUE(found.WaitFor([](const auto& list) { return list.size() == 1; }));
+
+    Watched<std::vector<uint16_t>> sessions;
+    vcc::ClientCallbacks callbacks;
+    callbacks.onReply = [&](const vcc::MethodReply& reply) {
+        sessions.Change([&](auto& all) { all.push_back(reply.sessionId); });
+    };
+    const auto id = driver->Connect(found.Get().front(), callbacks);
+    for (uint16_t session = 1; session <= 5; ++session) {
+        vcc::MethodCall call;
+        call.entityId = 60621;
+        call.sessionId = session;
+        call.payload = vcc::Payload::FromBytes({1});
+        ASSERT_TRUE(driver->SendRequest(id, std::move(call)));
+    }
+    ASSERT_TRUE(sessions.WaitFor([](const auto& all) { return all.size() == 5; }));
+    // The echo server answers each request from a thread of its own.
+    auto answered = sessions.Get();
+    std::sort(answered.begin(), answered.end());
+    EXPECT_EQ(answered, (std::vector<uint16_t>{1, 2, 3, 4, 5}));
+    EXPECT_EQ(requests.Get(), 5);
+    driver->Disconnect(id);
+    driver->StopFind(find);
 }
 
 }  // namespace
