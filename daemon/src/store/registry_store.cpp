@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 #include "store/store_tables.h"
 
@@ -12,7 +13,7 @@ namespace orx::maintaind::daemon {
 
 namespace {
 
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 
 // mkdir -p of the directory part of `path`.
 StoreStatus MakeParentDirectories(const std::string& path) {
@@ -48,11 +49,19 @@ std::unique_ptr<RegistryStore> RegistryStore::Open(const std::string& path, bool
         return nullptr;
     }
     std::unique_ptr<RegistryStore> store(new RegistryStore(path, std::move(db)));
-    for (const char* sql : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL",
-                            "CREATE TABLE IF NOT EXISTS meta (name TEXT PRIMARY KEY, value TEXT)",
-                            "CREATE TABLE IF NOT EXISTS items (kind TEXT NOT NULL, key BLOB NOT "
-                            "NULL, app TEXT, pid INTEGER, name TEXT, value BLOB NOT NULL, "
-                            "PRIMARY KEY (kind, key)) WITHOUT ROWID"}) {
+    std::vector<std::string> statements = {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL"};
+    if (fresh) {
+        // Dropped rather than emptied, so that a file of another schema version starts over too.
+        statements.push_back("DROP TABLE IF EXISTS items");
+        statements.push_back("DROP TABLE IF EXISTS meta");
+    }
+    // Values are large (an event's record is a kilobyte or more), so rows live in a rowid table
+    // with a unique index on their key rather than in a WITHOUT ROWID table.
+    statements.push_back("CREATE TABLE IF NOT EXISTS meta (name TEXT PRIMARY KEY, value TEXT)");
+    statements.push_back(
+        "CREATE TABLE IF NOT EXISTS items (id INTEGER PRIMARY KEY, kind TEXT NOT NULL, key BLOB "
+        "NOT NULL, app TEXT, pid INTEGER, name TEXT, value BLOB NOT NULL, UNIQUE (kind, key))");
+    for (const std::string& sql : statements) {
         status = store->db_->Exec(sql);
         if (!status.ok) {
             status.message = path + ": " + status.message;
@@ -60,9 +69,6 @@ std::unique_ptr<RegistryStore> RegistryStore::Open(const std::string& path, bool
         }
     }
     status = store->CheckSchema();
-    if (status.ok && fresh) {
-        status = store->db_->Exec("DELETE FROM items");
-    }
     if (status.ok) {
         status = store->Prepare();
     }
@@ -82,9 +88,9 @@ StoreStatus RegistryStore::CheckSchema() {
     if (read.Next() == Statement::Step::kRow) {
         const std::string version = read.ColumnText(0);
         if (version != std::to_string(kSchemaVersion)) {
-            return StoreStatus::Error("registry file has schema version " + version +
-                                      ", this daemon reads version " +
-                                      std::to_string(kSchemaVersion));
+            return StoreStatus::Error(
+                "registry file has schema version " + version + ", this daemon reads version " +
+                std::to_string(kSchemaVersion) + " (--fresh starts a new registry)");
         }
         return {};
     }

@@ -1,11 +1,11 @@
 // The registry file: every entry of the RegistryState as one row, so that what the daemon
 // answered survives its restart and a kill -9.
 //
-// Layout: table `items` (kind TEXT, key BLOB, app TEXT, pid INTEGER, name TEXT, value BLOB), one
-// row per map entry; `kind` names the map ("node", "event", "method", "field", "e2e",
-// "latency_status", "latency_results", "sample_timeout"), `key` and `value` are the CDR bytes of
-// the map's key and value records, `app`, `pid` and `name` are there for people reading the file.
-// Table `meta` holds the schema version.
+// Layout: table `items` (id, kind TEXT, key BLOB, app TEXT, pid INTEGER, name TEXT, value BLOB,
+// unique on kind and key), one row per map entry; `kind` names the map ("node", "event", "method",
+// "field", "e2e", "latency_status", "latency_results", "sample_timeout"), `key` and `value` are the
+// CDR bytes of the map's key and value records, `app`, `pid` and `name` are there for people
+// reading the file. Table `meta` holds the schema version.
 //
 // Durability: WAL journal with synchronous=NORMAL. A committed transaction is in the file before
 // Save returns, so it survives the daemon being killed; only a power loss may take the last
@@ -25,8 +25,8 @@ namespace orx::maintaind::daemon {
 class RegistryStore {
   public:
     // Opens the registry file at `path`, creating it and its directories as needed. With `fresh`
-    // every stored row is deleted first. nullptr with `status` set on failure (cannot create,
-    // not a database, newer schema).
+    // everything stored is dropped first (also a registry of another schema version). nullptr
+    // with `status` set on failure (cannot create, not a database, another schema version).
     static std::unique_ptr<RegistryStore> Open(const std::string& path, bool fresh,
                                                StoreStatus& status);
     ~RegistryStore();

@@ -172,6 +172,10 @@ TEST_F(RegistryStoreTest, BadRowsAreSkippedAndForeignFilesRefused) {
     StoreStatus status;
     EXPECT_EQ(RegistryStore::Open(dir_.File("sub/dir/registry.db"), false, status), nullptr);
     EXPECT_NE(status.message.find("schema version 99"), std::string::npos) << status.message;
+    auto restarted = RegistryStore::Open(dir_.File("sub/dir/registry.db"), true, status);
+    ASSERT_NE(restarted, nullptr) << "--fresh starts over whatever the file held: "
+                                  << status.message;
+    EXPECT_TRUE(Load(*restarted).nodes.empty());
 
     const std::string notADatabase = dir_.File("text.db");
     ASSERT_EQ(std::system(
