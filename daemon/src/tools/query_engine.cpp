@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
+#include <utility>
 
 #include "tools/filter_match.h"
 
@@ -20,6 +22,27 @@ void Keep(Entry&& entry, std::vector<std::decay_t<Entry>>& out, uint32_t cap, ui
     } else {
         truncated = true;
     }
+}
+
+template <class Entry, std::size_t... I>
+void CopySummary(const Entry& from, Entry& to, std::index_sequence<I...>) {
+    auto source = from.Members();
+    auto target = to.Members();
+    ((std::get<I>(target) = std::get<I>(source)), ...);
+}
+
+// A copy of an entity entry, without its record when `withRecord` is false. The record is the
+// entry's last member.
+template <class Entry>
+Entry Listed(const Entry& entry, bool withRecord) {
+    static_assert(Entry::kMemberNames.back() == "record", "the record must be the last member");
+    if (withRecord) {
+        return entry;
+    }
+    Entry listed;
+    constexpr std::size_t kCount = Entry::kMemberNames.size();
+    CopySummary(entry, listed, std::make_index_sequence<kCount - 1>{});
+    return listed;
 }
 
 }  // namespace
@@ -41,7 +64,7 @@ void SelectEntities(const RegistryState& state, const std::map<EntityKey, Entry>
         if (!Matches(filter, entry, online)) {
             continue;
         }
-        Entry listed = entry;
+        Entry listed = Listed(entry, !filter.withoutRecords);
         listed.online = online;
         Keep(std::move(listed), out, cap, total, truncated);
     }

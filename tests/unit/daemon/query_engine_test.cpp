@@ -87,6 +87,22 @@ TEST_F(QueryEngineTest, FiltersSelectByApplicationServiceNameSideAndState) {
     EXPECT_EQ(nodes[0].methodCount, 2U);
 }
 
+TEST_F(QueryEngineTest, RecordsAreLeftOutOnRequest) {
+    tools::QueryFilter filter;
+    filter.withoutRecords = true;
+    const auto lean = engine_.Events(state_, filter).events;
+    const auto full = engine_.Events(state_, {}).events;
+    ASSERT_EQ(lean.size(), full.size());
+    for (size_t i = 0; i < lean.size(); ++i) {
+        EXPECT_EQ(lean[i].record, EventRegisterInfo{});
+        EXPECT_FALSE(full[i].record.eventName.empty());
+        tools::EventEntry summary = full[i];
+        summary.record = {};
+        EXPECT_EQ(lean[i], summary) << "every other member is listed as usual";
+    }
+    EXPECT_EQ(engine_.Methods(state_, filter).methods.at(0).record, MethodRegisterInfo{});
+}
+
 TEST_F(QueryEngineTest, ListsAreCappedAndCounted) {
     for (int i = 0; i < 10; ++i) {
         updater_.ApplyReport(EventReport("many", 9, "E" + std::to_string(i), true, ""), state_,

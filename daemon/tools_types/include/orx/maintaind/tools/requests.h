@@ -30,9 +30,12 @@ struct QueryFilter {
     bool onlineOnly{};      // only entries that are online (entities of online nodes)
     uint32_t maxEntries{};  // at most this many entries per list; 0: the daemon's cap
     bool latestOnly{};      // latency results: only the newest result per application and event
+    bool withoutRecords{};  // event, method and field lists: leave each entry's `record` default
+                            // (the summary members stay); much smaller answers
 
     ORX_MAINTAIND_RECORD(QueryFilter, appName, pid, hasServiceId, serviceId, hasInstanceId,
-                         instanceId, serviceName, name, side, onlineOnly, maxEntries, latestOnly)
+                         instanceId, serviceName, name, side, onlineOnly, maxEntries, latestOnly,
+                         withoutRecords)
 };
 
 // QueryDataType: the events and methods that use one data type.
