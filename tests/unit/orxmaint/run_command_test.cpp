@@ -75,6 +75,11 @@ TEST_F(RunCommandTest, ListsWhatTheServiceAnswersWithTheFilterOfTheCommandLine) 
     EXPECT_EQ(filter.serviceId, 0x1234);
     EXPECT_EQ(filter.side, tools::kPubSide);
     EXPECT_TRUE(filter.onlineOnly);
+    EXPECT_TRUE(filter.withoutRecords) << "records are only asked for with --full";
+
+    options.full = true;
+    ASSERT_EQ(Run(options), 0) << err_.str();
+    EXPECT_FALSE(service.LastFilter().withoutRecords);
 }
 
 TEST_F(RunCommandTest, EachCommandCallsItsMethod) {

@@ -161,7 +161,7 @@ TEST_F(ViewsTest, AmbiguousAndUnknownEventsTellWhatToDoNext) {
     ambiguous.candidates = {"/a/Objects (service 0x1234, instance 1, topic A)",
                             "/b/Objects (service 0x5678, instance 1, topic B)"};
     std::ostringstream err;
-    PrintLatencySwitchRefused(ambiguous, "Objects", err);
+    PrintLatencySwitchRefused(ambiguous, "Objects", "", err);
     EXPECT_NE(err.str().find("\"Objects\" fits 2 events:\n  /a/Objects (service 0x1234"),
               std::string::npos)
         << err.str();
@@ -171,8 +171,10 @@ TEST_F(ViewsTest, AmbiguousAndUnknownEventsTellWhatToDoNext) {
     tools::LatencySwitchReply unknown;
     unknown.code = static_cast<uint8_t>(tools::ToolsCode::UNKNOWN_EVENT);
     std::ostringstream unknownErr;
-    PrintLatencySwitchRefused(unknown, "Nope", unknownErr);
-    EXPECT_NE(unknownErr.str().find("No registered event is named \"Nope\""), std::string::npos);
+    PrintLatencySwitchRefused(unknown, "Nope", "--app radar", unknownErr);
+    EXPECT_NE(unknownErr.str().find("No registered event is named \"Nope\" (with --app radar)."),
+              std::string::npos)
+        << unknownErr.str();
     EXPECT_NE(unknownErr.str().find("orxmaint events"), std::string::npos);
 }
 

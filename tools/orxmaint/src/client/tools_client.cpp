@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "ara/kelda/common/log/log.h"
+
 #include "orx/maintaind/tools/method_ids.h"
 #include "vorx/driver/dds/dds_entity_info.h"
 #include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
@@ -34,9 +36,18 @@ std::string Explain(const ara::core::ErrorCode& error) {
     return error.Message();
 }
 
+std::shared_ptr<ara::kelda::common::log::Log> Log() {
+    return ara::kelda::common::log::Log::GetLog("ORXMAINT");
+}
+
+double MillisecondsOf(Clock::duration duration) {
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
+
 }  // namespace
 
-ToolsClient::ToolsClient(ClientSettings settings) : settings_(std::move(settings)) {
+ToolsClient::ToolsClient(ClientSettings settings)
+    : settings_(std::move(settings)), started_(Clock::now()) {
     vorx::vcc::ServiceDescription search;
     search.serviceId = maintaind::tools::kToolsServiceId;
     search.instanceId = settings_.instanceId;
@@ -78,6 +89,7 @@ std::shared_ptr<vorx::vcc::Proxy> ToolsClient::WaitForProxy(Clock::time_point de
         return nullptr;
     }
     proxy_ = std::make_shared<vorx::vcc::Proxy>(*offer_);
+    LogFound();
     return proxy_;
 }
 
@@ -93,6 +105,16 @@ std::shared_ptr<vorx::vcc::api::types::MethodInfo> ToolsClient::MethodInfoOf(
     info->SetDriver(settings_.binding);
     info->SetRole(EntityRole::CLIENT);
     return info;
+}
+
+void ToolsClient::LogFound() const {
+    Log()->LogDebug() << "[orxmaint][maintaind found][instanceId=" << settings_.instanceId
+                      << ", afterMs=" << MillisecondsOf(Clock::now() - started_) << "]";
+}
+
+void ToolsClient::LogAnswered(const char* methodName, Clock::duration took) const {
+    Log()->LogDebug() << "[orxmaint][" << methodName << " answered][ms=" << MillisecondsOf(took)
+                      << "]";
 }
 
 CallOutcome ToolsClient::NotReachable() const {

@@ -58,6 +58,7 @@ class ToolsClient {
             return CallOutcome::Failed(std::string("the core could not bind ") + methodName +
                                        " (see the log with --verbose)");
         }
+        const Clock::time_point sent = Clock::now();
         auto future = method->Request(request);
         const auto left = deadline - Clock::now();
         if (future.wait_for(left > Clock::duration::zero() ? left : Clock::duration::zero()) !=
@@ -69,6 +70,7 @@ class ToolsClient {
             return Failed(methodName, result.Error());
         }
         reply = std::move(result).Value();
+        LogAnswered(methodName, Clock::now() - sent);
         return CallOutcome::Ok();
     }
 
@@ -78,12 +80,16 @@ class ToolsClient {
     std::shared_ptr<vorx::vcc::Proxy> WaitForProxy(Clock::time_point deadline);
     std::shared_ptr<vorx::vcc::api::types::MethodInfo> MethodInfoOf(uint32_t entityId) const;
     void OnOffers(const vorx::vcc::ServiceHandleContainer& handles);
+    // Debug lines that show where the time of a command goes.
+    void LogFound() const;
+    void LogAnswered(const char* methodName, Clock::duration took) const;
 
     CallOutcome NotReachable() const;
     CallOutcome NoReply(const char* methodName) const;
     CallOutcome Failed(const char* methodName, const ara::core::ErrorCode& error) const;
 
     const ClientSettings settings_;
+    const Clock::time_point started_;
     vorx::vcc::FindServiceHandle search_;
     std::mutex mutex_;
     std::condition_variable offered_;

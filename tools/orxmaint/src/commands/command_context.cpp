@@ -20,6 +20,8 @@ maintaind::tools::QueryFilter FilterOf(const Options& options) {
         filter.side = maintaind::tools::kSubSide;
     }
     filter.onlineOnly = options.onlineOnly;
+    // Each entity's registration record makes most of an answer's size; only --full prints it.
+    filter.withoutRecords = !options.full;
     return filter;
 }
 

@@ -35,7 +35,8 @@ struct CommandContext {
     std::ostream& err;
 };
 
-// The filter the command line selects: --app, --service, --side, --online.
+// The filter the command line selects: --app, --service, --side, --online; entity records only
+// with --full.
 maintaind::tools::QueryFilter FilterOf(const Options& options);
 
 // Prints that maintaind answered `methodName` with the error `code` and `message`.

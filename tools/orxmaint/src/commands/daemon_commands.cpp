@@ -15,7 +15,7 @@ int RunTimeouts(CommandContext& context) {
         return kExitFailed;
     }
     if (context.options.json) {
-        PrintJson(EntriesJson(reply.timeouts, context.options.full), context.out);
+        PrintEntries(reply.timeouts, context.options.full, context.out);
     } else {
         PrintSampleTimeouts(reply, context.out);
     }
@@ -29,10 +29,14 @@ int RunStatus(CommandContext& context) {
         return kExitFailed;
     }
     if (context.options.json) {
-        nlohmann::json status = maintaind::ToJson(reply);
-        status.erase("code");
-        status.erase("message");
-        PrintJson(nlohmann::json::array({status}), context.out);
+        std::string text;
+        JsonWriter json(text);
+        json.BeginArray();
+        json.BeginObject();
+        json.Members(reply, {"code", "message"});
+        json.EndObject();
+        json.EndArray();
+        PrintJsonLine(text, context.out);
     } else {
         PrintDaemonStatus(reply, context.out);
     }

@@ -1,5 +1,6 @@
 #include "commands/entity_commands.h"
 
+#include "ara/kelda/common/log/log.h"
 #include "orx/maintaind/tools/replies.h"
 #include "output/entity_views.h"
 #include "output/json_output.h"
@@ -18,11 +19,17 @@ int RunList(CommandContext& context, uint32_t entityId, const char* methodName,
     if (!Query(context, entityId, methodName, FilterOf(context.options), reply)) {
         return kExitFailed;
     }
+    const Clock::time_point start = Clock::now();
     if (context.options.json) {
-        PrintJson(EntriesJson(reply.*entries, context.options.full), context.out);
+        PrintEntries(reply.*entries, context.options.full, context.out);
     } else {
         print(reply, context.out);
     }
+    context.out.flush();
+    ara::kelda::common::log::Log::GetLog("ORXMAINT")->LogDebug()
+        << "[orxmaint][" << methodName << " printed][entries=" << (reply.*entries).size()
+        << ", ms=" << std::chrono::duration<double, std::milli>(Clock::now() - start).count()
+        << "]";
     return kExitOk;
 }
 
@@ -75,10 +82,18 @@ int RunTypes(CommandContext& context) {
         return kExitFailed;
     }
     if (context.options.json) {
-        nlohmann::json type = EntryJson(reply.dataType, context.options.full);
-        type["events"] = EntriesJson(reply.events, context.options.full);
-        type["methods"] = EntriesJson(reply.methods, context.options.full);
-        PrintJson(nlohmann::json::array({type}), context.out);
+        std::string text;
+        JsonWriter json(text);
+        json.BeginArray();
+        json.BeginObject();
+        json.Members(reply.dataType);
+        json.Key("events");
+        WriteEntries(json, reply.events, context.options.full);
+        json.Key("methods");
+        WriteEntries(json, reply.methods, context.options.full);
+        json.EndObject();
+        json.EndArray();
+        PrintJsonLine(text, context.out);
     } else {
         PrintDataType(reply, context.out);
     }

@@ -25,6 +25,18 @@ uint64_t NowEpochMs() {
                                      .count());
 }
 
+// The filters an event name was resolved under, as typed: "--app radar, --service 0x1234".
+std::string NarrowedBy(const Options& options) {
+    std::string text;
+    if (!options.app.empty()) {
+        text = "--app " + options.app;
+    }
+    if (!options.service.empty()) {
+        text += (text.empty() ? "" : ", ") + std::string("--service ") + options.service;
+    }
+    return text;
+}
+
 // One query and its output. Returns false (reason on err) when it failed.
 bool ShowResults(CommandContext& context, const tools::QueryFilter& filter) {
     tools::LatencyResultListReply reply;
@@ -32,7 +44,7 @@ bool ShowResults(CommandContext& context, const tools::QueryFilter& filter) {
         return false;
     }
     if (context.options.json) {
-        PrintJson(EntriesJson(reply.results, context.options.full), context.out);
+        PrintEntries(reply.results, context.options.full, context.out);
         return true;
     }
     if (context.options.watch) {
@@ -58,7 +70,7 @@ int RunLatencyStatus(CommandContext& context) {
         return kExitFailed;
     }
     if (context.options.json) {
-        PrintJson(EntriesJson(reply.statuses, context.options.full), context.out);
+        PrintEntries(reply.statuses, context.options.full, context.out);
     } else {
         PrintLatencyStatuses(reply, context.out);
     }
@@ -75,15 +87,23 @@ int RunLatencySwitch(CommandContext& context, bool enable) {
         return kExitFailed;
     }
     if (reply.code != static_cast<uint8_t>(tools::ToolsCode::OK)) {
-        PrintLatencySwitchRefused(reply, request.event, context.err);
+        PrintLatencySwitchRefused(reply, request.event, NarrowedBy(context.options), context.err);
         return kExitFailed;
     }
     if (context.options.json) {
-        nlohmann::json done = nlohmann::json::object();
-        done["eventName"] = reply.eventName;
-        done["mode"] = enable ? "enable" : "disable";
-        done["latencyIndex"] = maintaind::ToJson(reply.latencyIndex);
-        PrintJson(nlohmann::json::array({done}), context.out);
+        std::string text;
+        JsonWriter json(text);
+        json.BeginArray();
+        json.BeginObject();
+        json.Key("eventName");
+        json.Value(reply.eventName);
+        json.Key("mode");
+        json.Value(std::string(enable ? "enable" : "disable"));
+        json.Key("latencyIndex");
+        json.Value(reply.latencyIndex);
+        json.EndObject();
+        json.EndArray();
+        PrintJsonLine(text, context.out);
     } else {
         PrintLatencySwitched(reply, request.mode, context.out);
     }

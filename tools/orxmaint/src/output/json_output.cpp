@@ -2,8 +2,9 @@
 
 namespace orx::orxmaint {
 
-void PrintJson(const nlohmann::json& value, std::ostream& out) {
-    out << value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+void PrintJsonLine(std::string& text, std::ostream& out) {
+    text += '\n';
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 
 }  // namespace orx::orxmaint

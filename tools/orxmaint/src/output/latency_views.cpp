@@ -22,7 +22,9 @@ std::string ModeWord(maintaind::LatencyMode mode) {
     return mode == maintaind::LatencyMode::ENABLE ? "enable" : "disable";
 }
 
-std::vector<std::string> BindingNames(const std::vector<maintaind::DriverType>& types) {
+// Binding names in the order of the enumeration (DDS first), whatever order the index has.
+std::vector<std::string> BindingNames(std::vector<maintaind::DriverType> types) {
+    std::sort(types.begin(), types.end());
     std::vector<std::string> names;
     for (const maintaind::DriverType type : types) {
         names.emplace_back(maintaind::ToString(type));
@@ -143,15 +145,13 @@ void PrintLatencySwitched(const tools::LatencySwitchReply& reply, maintaind::Lat
 }
 
 void PrintLatencySwitchRefused(const tools::LatencySwitchReply& reply, const std::string& event,
-                               std::ostream& err) {
+                               const std::string& narrowedBy, std::ostream& err) {
     const auto code = static_cast<tools::ToolsCode>(reply.code);
     switch (code) {
         case tools::ToolsCode::UNKNOWN_EVENT:
-            err << "No registered event is named \"" << event << "\"";
-            if (!reply.message.empty()) {
-                err << " (" << reply.message << ")";
-            }
-            err << ".\nList the events with `orxmaint events`; use the name it shows, its last "
+            err << "No registered event is named \"" << event << "\""
+                << (narrowedBy.empty() ? "" : " (with " + narrowedBy + ")")
+                << ".\nList the events with `orxmaint events`; use the name it shows, its last "
                    "part, or the DDS topic name.\n";
             return;
         case tools::ToolsCode::AMBIGUOUS_EVENT:

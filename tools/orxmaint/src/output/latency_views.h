@@ -15,8 +15,10 @@ void PrintLatencyResults(const maintaind::tools::LatencyResultListReply& reply, 
 void PrintLatencySwitched(const maintaind::tools::LatencySwitchReply& reply,
                           maintaind::LatencyMode mode, std::ostream& out);
 // Why a switch of `event` was refused (reply code not OK), with the candidates of an ambiguous
-// name and how to pick one.
+// name and how to pick one. `narrowedBy` names the filters the name was resolved under (e.g.
+// "--app radar"), empty when none.
 void PrintLatencySwitchRefused(const maintaind::tools::LatencySwitchReply& reply,
-                               const std::string& event, std::ostream& err);
+                               const std::string& event, const std::string& narrowedBy,
+                               std::ostream& err);
 
 }  // namespace orx::orxmaint
