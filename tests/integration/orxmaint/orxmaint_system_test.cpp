@@ -111,7 +111,7 @@ class OrxmaintSystemTest : public ::testing::Test {
 };
 
 TEST_F(OrxmaintSystemTest, NodesAndEventsShowTheRunningApplication) {
-    StartSystem(213, false);
+    StartSystem(217, false);
     const nlohmann::json nodes = JsonUntil(
         {"nodes"}, [](const nlohmann::json& a) { return HasApp(a, "radar"); }, milliseconds(20000));
     ASSERT_TRUE(HasApp(nodes, "radar")) << nodes.dump();
@@ -155,7 +155,7 @@ TEST_F(OrxmaintSystemTest, NodesAndEventsShowTheRunningApplication) {
 }
 
 TEST_F(OrxmaintSystemTest, LatencyEnableReachesTheApplications) {
-    StartSystem(214, true);
+    StartSystem(218, true);
     // Both sides of the event must be registered before the switch can name it.
     const nlohmann::json subscribed = JsonUntil(
         {"events", "--app", "fusion", "--side", "sub"},

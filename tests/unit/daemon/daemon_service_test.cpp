@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <random>
 #include <thread>
 
 #include "daemon_fixture.h"
 #include "orx/maintaind/json.h"
+#include "vorx/serialize/cdr.h"
 #include "vorx/vcc/driver/fault_injecting_driver.h"
 
 namespace orx::maintaind::daemon::test {
@@ -139,6 +141,45 @@ TEST_F(DaemonServiceTest, BadRequestsAreAnsweredWithOneCountedAndLogged) {
         EXPECT_EQ(Register(inconsistent), std::optional<uint8_t>(1));
     }
     EXPECT_LE(Log().CountContaining(Level::kWarn, "[Maintaind][Inconsistent report]"), 6U);
+}
+
+TEST_F(DaemonServiceTest, MutatedReportsAreAllAnsweredAndNeverBreakTheDaemon) {
+    StartDaemon();
+    const std::vector<AppRegisterInfo> seeds = {
+        NodeReport("radar", 100, true),
+        EventReport("radar", 100, "E", true, "T", 1, 1, true, 9),
+        MethodReport("radar", 100, "M", true),
+        FieldReport("radar", 100, "F", false),
+        E2EReport("radar", 100, "E", 1, true),
+        LatencyReport("hud", "T", 0),
+        LatencyReport("hud", "T", 1, LatencyMode::ENABLE, 5),
+        TimeoutReport("listener", 2)};
+    std::mt19937 random(12345);
+    int answered = 0;
+    constexpr int kRounds = 300;
+    for (int round = 0; round < kRounds; ++round) {
+        std::vector<uint8_t> bytes = vorx::serialize::Encode(seeds[round % seeds.size()]);
+        const int flips = 1 + static_cast<int>(random() % 4);
+        for (int i = 0; i < flips; ++i) {
+            bytes[random() % bytes.size()] ^= static_cast<uint8_t>(1u << (random() % 8));
+        }
+        if (round % 10 == 0) {
+            bytes.resize(random() % bytes.size());  // cut short
+        }
+        CorruptNextRequest(std::move(bytes));
+        const auto code = Register(NodeReport("carrier", 1, true));
+        answered += code.has_value() ? 1 : 0;
+    }
+    EXPECT_EQ(answered, kRounds) << "every request gets an answer";
+    const auto status =
+        Tools<tools::DaemonStatusReply>(tools::kQueryDaemonStatusId, tools::QueryFilter{});
+    EXPECT_EQ(status.code, 0);
+    EXPECT_EQ(status.counters.requests, static_cast<uint64_t>(kRounds));
+    EXPECT_EQ(status.counters.accepted + status.counters.undecodable +
+                  status.counters.inconsistent + status.counters.overLimit,
+              static_cast<uint64_t>(kRounds));
+    EXPECT_EQ(Register(EventReport("radar", 100, "Fine", true, "FineTopic")),
+              std::optional<uint8_t>(0));
 }
 
 TEST_F(DaemonServiceTest, AnsweredReportsSurviveARestart) {
