@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "app_log.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/driver/driver_registry.h"
 #include "vorx/vcc/driver/fault_injecting_driver.h"
@@ -43,6 +44,13 @@ void ApplyDdsTopics(const ServiceDeployment& service) {
     }
     const auto dds = ProcessDdsDriver();
     if (!dds) {
+        // Easy to miss when a deployment says DDS: nothing outside this process will see the
+        // service. Tests choose this on purpose; everyone else wants to know.
+        AppLog()->LogInfo()
+            << "[Runtime][The DDS binding runs on the in-process driver, other processes will not "
+               "see this service; set \"drivers\": {\"dds\": \"dds\"} in orx.json or "
+               "ORX_DDS_DRIVER=dds to use DDS][service="
+            << service.serviceName << "]";
         return;
     }
     for (const auto& event : service.events) {
