@@ -106,10 +106,12 @@ int main(int argc, char** argv) {
     auto method = proxy.InitializeMethodProxy<ReturnCode>(info);
 
     auto driver = vorx::vcc::DriverRegistry::GetInstance()->GetInProcessDriver();
-    std::printf("In-process request/reply round trip, AppRegisterInfo of %zu encoded bytes, %d "
-                "rounds per mode\n",
-                vorx::serialize::EncodedSize(request), rounds);
-    std::printf("%-8s %10s %10s %10s %14s\n", "mode", "p50 us", "p99 us", "mean us", "round trips/s");
+    std::printf(
+        "In-process request/reply round trip, AppRegisterInfo of %zu encoded bytes, %d "
+        "rounds per mode\n",
+        vorx::serialize::EncodedSize(request), rounds);
+    std::printf("%-8s %10s %10s %10s %14s\n", "mode", "p50 us", "p99 us", "mean us",
+                "round trips/s");
     for (PayloadMode mode : {PayloadMode::kBytes, PayloadMode::kObjects}) {
         driver->SetPayloadMode(mode);
         Measure(*method, request, std::max(rounds / 10, 100));  // warm-up
