@@ -2,6 +2,8 @@
 // configuration text they become.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <fstream>
 #include <map>
 #include <string>
 
@@ -57,6 +59,17 @@ TEST(ParticipantSettings, DefaultsKeepEverythingOnLoopback) {
     EXPECT_TRUE(Has(xml, "<LeaseDuration>3000 ms</LeaseDuration>")) << xml;
     // Nothing but the loopback address appears anywhere.
     EXPECT_FALSE(Has(xml, "Multicast>true")) << xml;
+    // A receive buffer that large answers fit in, but never more than the kernel grants (Cyclone
+    // would not start).
+    uint64_t kernelLimit = 0;
+    std::ifstream("/proc/sys/net/core/rmem_max") >> kernelLimit;
+    if (kernelLimit != 0) {
+        const uint64_t expected =
+            std::min<uint64_t>(kernelLimit, vorx::driver::dds::kDefaultReceiveBufferBytes);
+        EXPECT_TRUE(
+            Has(xml, "<SocketReceiveBufferSize min=\"" + std::to_string(expected) + "B\"/>"))
+            << xml;
+    }
 }
 
 TEST(ParticipantSettings, OrxJsonAndEnvironmentOverrideInOrder) {
@@ -76,7 +89,8 @@ TEST(ParticipantSettings, OrxJsonAndEnvironmentOverrideInOrder) {
     // multicast off unless it is asked for.
     settings = Load(R"({"dds": {"domainId": 17, "networkInterface": "eth1",
                                 "peers": ["10.0.0.2", "10.0.0.3:7412"],
-                                "maxAutoParticipantIndex": 80, "leaseDurationMs": 2500}})",
+                                "maxAutoParticipantIndex": 80, "leaseDurationMs": 2500,
+                                "receiveBufferBytes": 131072}})",
                     {"192.168.10.5", true});
     EXPECT_EQ(settings.domainId, 17u);
     EXPECT_EQ(settings.networkInterface, "eth1");
@@ -84,6 +98,7 @@ TEST(ParticipantSettings, OrxJsonAndEnvironmentOverrideInOrder) {
     EXPECT_FALSE(settings.allowMulticast);
     EXPECT_EQ(settings.maxAutoParticipantIndex, 80u);
     EXPECT_EQ(settings.leaseDurationMs, 2500u);
+    EXPECT_EQ(settings.receiveBufferBytes, 131072u);
     const std::string xml = BuildCycloneConfig(settings);
     EXPECT_TRUE(Has(xml, "<NetworkInterface name=\"eth1\"/>")) << xml;
     EXPECT_TRUE(Has(xml, "<Peer address=\"10.0.0.3:7412\"/>")) << xml;

@@ -1,4 +1,6 @@
 // Renders participant settings as Cyclone DDS XML configuration.
+#include <algorithm>
+#include <fstream>
 #include <string>
 
 #include "vorx/driver/dds/participant_settings.h"
@@ -51,6 +53,22 @@ bool LooksLikeAddress(const std::string& text) {
     return text.find('.') != std::string::npos || text.find(':') != std::string::npos;
 }
 
+// The most a process may ask for as a socket's receive buffer; 0 when unknown.
+uint64_t KernelReceiveBufferLimit() {
+    std::ifstream file("/proc/sys/net/core/rmem_max");
+    uint64_t bytes = 0;
+    return (file >> bytes) ? bytes : 0;
+}
+
+// Cyclone refuses to start when it cannot get the minimum it is given, so the
+// minimum never exceeds what the kernel grants.
+uint64_t ReceiveBufferBytes(const ParticipantSettings& settings) {
+    const uint64_t wanted =
+        settings.receiveBufferBytes != 0 ? settings.receiveBufferBytes : kDefaultReceiveBufferBytes;
+    const uint64_t limit = KernelReceiveBufferLimit();
+    return limit == 0 ? 0 : std::min(wanted, limit);
+}
+
 }  // namespace
 
 std::string BuildCycloneConfig(const ParticipantSettings& settings) {
@@ -73,7 +91,12 @@ std::string BuildCycloneConfig(const ParticipantSettings& settings) {
         xml += "</Peers>";
     }
     xml += "<LeaseDuration>" + std::to_string(settings.leaseDurationMs) + " ms</LeaseDuration>";
-    xml += "</Discovery></Domain></CycloneDDS>";
+    xml += "</Discovery>";
+    if (const uint64_t buffer = ReceiveBufferBytes(settings); buffer != 0) {
+        xml += "<Internal><SocketReceiveBufferSize min=\"" + std::to_string(buffer) +
+               "B\"/></Internal>";
+    }
+    xml += "</Domain></CycloneDDS>";
     return xml;
 }
 

@@ -109,6 +109,14 @@ void ApplyDdsSection(ParticipantSettings& settings, ConfigReader& reader) {
                                  "below 100 ms");
         }
     }
+    if (auto buffer = reader.GetUint32("dds.receiveBufferBytes")) {
+        if (*buffer >= 65536) {
+            settings.receiveBufferBytes = *buffer;
+        } else {
+            reader.ReportInvalid("dds.receiveBufferBytes", reader.Find("dds.receiveBufferBytes"),
+                                 "below 65536 bytes");
+        }
+    }
 }
 
 void ApplyEnvironment(ParticipantSettings& settings, const EnvLookup& env) {
@@ -135,7 +143,8 @@ bool ParticipantSettings::operator==(const ParticipantSettings& other) const {
     return domainId == other.domainId && networkInterface == other.networkInterface &&
            allowMulticast == other.allowMulticast && peers == other.peers &&
            maxAutoParticipantIndex == other.maxAutoParticipantIndex &&
-           leaseDurationMs == other.leaseDurationMs && cycloneUri == other.cycloneUri;
+           leaseDurationMs == other.leaseDurationMs &&
+           receiveBufferBytes == other.receiveBufferBytes && cycloneUri == other.cycloneUri;
 }
 
 EnvLookup ProcessEnvironment() {

@@ -32,6 +32,11 @@ struct VCC_EXPORT ParticipantSettings {
     // A peer that stays silent this long is dropped with all its offers, so a
     // crashed process is noticed within this time.
     uint32_t leaseDurationMs{3000};
+    // Receive buffer of the UDP sockets, in bytes. Large answers (the tools' lists run to
+    // megabytes) arrive as a burst of fragments; a small buffer drops the tail and the writer
+    // only repairs it after its next heartbeat, some 200 ms later. 0: as large as the kernel
+    // allows (net.core.rmem_max), at most kDefaultReceiveBufferBytes.
+    uint32_t receiveBufferBytes{0};
     // Non-empty: Cyclone's configuration comes from here as it stands (the
     // content of CYCLONEDDS_URI: a file:// URI or inline XML) and the network
     // fields above are not used.
@@ -39,6 +44,9 @@ struct VCC_EXPORT ParticipantSettings {
 
     bool operator==(const ParticipantSettings& other) const;
 };
+
+// The receive buffer asked for when ParticipantSettings::receiveBufferBytes is 0.
+constexpr uint32_t kDefaultReceiveBufferBytes = 4U * 1024U * 1024U;
 
 // Highest domain id whose ports Cyclone can compute with its default port
 // mapping.
@@ -56,7 +64,7 @@ VCC_EXPORT EnvLookup ProcessEnvironment();
 //      ParseJsonToGetConfig::GetNetworkIp(); empty means none);
 //   3. the "dds" object of orx.json (`orxDocument`): "domainId",
 //      "networkInterface", "peers", "allowMulticast", "maxAutoParticipantIndex",
-//      "leaseDurationMs";
+//      "leaseDurationMs", "receiveBufferBytes";
 //   4. the environment: ORX_DDS_DOMAIN (domain id), CYCLONEDDS_URI (Cyclone's
 //      own configuration, replacing the network settings).
 // A configured non-loopback interface drops the loopback peer; without peers of
@@ -74,7 +82,8 @@ VCC_EXPORT ParticipantSettings ProcessParticipantSettings();
 
 // The text handed to Cyclone when the domain is created: `cycloneUri` when set,
 // else an XML configuration holding the interface, multicast switch, peers,
-// participant index range and lease duration.
+// participant index range, lease duration and socket receive buffer (never more
+// than net.core.rmem_max, so that Cyclone can always have it).
 VCC_EXPORT std::string BuildCycloneConfig(const ParticipantSettings& settings);
 
 // True for 127.0.0.0/8 addresses, "localhost" and the loopback interface name "lo".
