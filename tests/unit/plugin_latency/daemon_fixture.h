@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "latency_test_support.h"
 #include "orx/maintaind/types.h"
 #include "orx/test/daemon_double.h"
 #include "orx/test/log_capture.h"
@@ -26,12 +27,20 @@ inline const std::string kAppName = "LatencyApp";
 class DaemonFixture : public ::testing::Test {
   protected:
     void SetUp() override {
+        // The client singleton can be bound once per process.
+        if (CountCaseInThisProcess() > 1) {
+            GTEST_SKIP() << kNeedsOwnProcess;
+        }
         configPath_ = ::testing::TempDir() + "plugin_latency_" + std::to_string(getpid()) + ".json";
         std::ofstream(configPath_) << R"({"application": {"name": ")" << kAppName << R"("}})";
         setenv("ORX_CONFIG", configPath_.c_str(), 1);
         daemon_ = std::make_unique<DaemonDouble>();
     }
-    void TearDown() override { unlink(configPath_.c_str()); }
+    void TearDown() override {
+        if (!configPath_.empty()) {
+            unlink(configPath_.c_str());
+        }
+    }
 
     // Starts the client and waits until it has bound the daemon's method and latency event.
     void StartClient() {

@@ -53,6 +53,17 @@ inline orx::maintaind::LatencyIndex Index(std::vector<orx::maintaind::DriverType
     return index;
 }
 
+// Counts the cases that began in this process so far, the calling one included. Cases that need
+// a fresh process (the client singleton, the process-wide query task) skip when it is above 1:
+// ctest runs every case alone, a hand run of the whole binary does not.
+inline int CountCaseInThisProcess() {
+    static int count = 0;
+    return ++count;
+}
+
+inline constexpr const char* kNeedsOwnProcess =
+    "needs a process of its own: run it through ctest or with --gtest_filter naming this one case";
+
 constexpr auto kDds = orx::maintaind::DriverType::DDS;
 constexpr auto kSomeip = orx::maintaind::DriverType::SOMEIP;
 constexpr auto kEnable = orx::maintaind::LatencyMode::ENABLE;
