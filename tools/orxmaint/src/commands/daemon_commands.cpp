@@ -1,5 +1,6 @@
 #include "commands/daemon_commands.h"
 
+#include "commands/list_command.h"
 #include "orx/maintaind/tools/replies.h"
 #include "output/daemon_views.h"
 #include "output/json_output.h"
@@ -9,17 +10,8 @@ namespace orx::orxmaint {
 namespace tools = maintaind::tools;
 
 int RunTimeouts(CommandContext& context) {
-    tools::SampleTimeoutListReply reply;
-    if (!Query(context, tools::kQuerySampleTimeoutId, "QuerySampleTimeout",
-               FilterOf(context.options), reply)) {
-        return kExitFailed;
-    }
-    if (context.options.json) {
-        PrintEntries(reply.timeouts, context.options.full, context.out);
-    } else {
-        PrintSampleTimeouts(reply, context.out);
-    }
-    return kExitOk;
+    return RunList(context, tools::kQuerySampleTimeoutId, "QuerySampleTimeout",
+                   &tools::SampleTimeoutListReply::timeouts, PrintSampleTimeouts);
 }
 
 int RunStatus(CommandContext& context) {

@@ -1,6 +1,6 @@
 #include "commands/entity_commands.h"
 
-#include "ara/kelda/common/log/log.h"
+#include "commands/list_command.h"
 #include "orx/maintaind/tools/replies.h"
 #include "output/entity_views.h"
 #include "output/json_output.h"
@@ -8,32 +8,6 @@
 namespace orx::orxmaint {
 
 namespace tools = maintaind::tools;
-
-namespace {
-
-// Queries one list and prints it as a table (`print`) or as the JSON array of `entries`.
-template <class Reply, class Entries, class Printer>
-int RunList(CommandContext& context, uint32_t entityId, const char* methodName,
-            Entries Reply::*entries, Printer print) {
-    Reply reply;
-    if (!Query(context, entityId, methodName, FilterOf(context.options), reply)) {
-        return kExitFailed;
-    }
-    const Clock::time_point start = Clock::now();
-    if (context.options.json) {
-        PrintEntries(reply.*entries, context.options.full, context.out);
-    } else {
-        print(reply, context.out);
-    }
-    context.out.flush();
-    ara::kelda::common::log::Log::GetLog("ORXMAINT")->LogDebug()
-        << "[orxmaint][" << methodName << " printed][entries=" << (reply.*entries).size()
-        << ", ms=" << std::chrono::duration<double, std::milli>(Clock::now() - start).count()
-        << "]";
-    return kExitOk;
-}
-
-}  // namespace
 
 int RunNodes(CommandContext& context) {
     return RunList(context, tools::kQueryNodeInfoId, "QueryNodeInfo", &tools::NodeListReply::nodes,

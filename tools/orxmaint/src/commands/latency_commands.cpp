@@ -4,6 +4,7 @@
 
 #include <chrono>
 
+#include "commands/list_command.h"
 #include "orx/maintaind/tools/replies.h"
 #include "output/json_output.h"
 #include "output/latency_views.h"
@@ -64,17 +65,8 @@ bool ShowResults(CommandContext& context, const tools::QueryFilter& filter) {
 }  // namespace
 
 int RunLatencyStatus(CommandContext& context) {
-    tools::LatencyStatusListReply reply;
-    if (!Query(context, tools::kQueryLatencyStatusId, "QueryLatencyStatus",
-               FilterOf(context.options), reply)) {
-        return kExitFailed;
-    }
-    if (context.options.json) {
-        PrintEntries(reply.statuses, context.options.full, context.out);
-    } else {
-        PrintLatencyStatuses(reply, context.out);
-    }
-    return kExitOk;
+    return RunList(context, tools::kQueryLatencyStatusId, "QueryLatencyStatus",
+                   &tools::LatencyStatusListReply::statuses, PrintLatencyStatuses);
 }
 
 int RunLatencySwitch(CommandContext& context, bool enable) {

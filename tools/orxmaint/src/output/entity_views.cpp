@@ -74,44 +74,40 @@ std::string Joined(const std::vector<std::string>& names) {
     return OrDash(text);
 }
 
-void PrintEventTable(const std::vector<tools::EventEntry>& events, std::ostream& out) {
+// Events and methods share their columns but for the entity's name and where it travels (DDS
+// topic or SOME/IP id); `name` and `where` give those two for an entry.
+template <class Entry, class Name, class Where>
+void PrintServiceEntityTable(const std::vector<Entry>& entries, const char* nameHeader,
+                             const char* whereHeader, Name name, Where where, std::ostream& out) {
     Table table({{"APP"},
                  {"PID", Align::kRight},
                  {"SIDE"},
                  {"SERVICE"},
                  {"ID"},
                  {"INST", Align::kRight},
-                 {"EVENT"},
+                 {nameHeader},
                  {"BINDINGS"},
-                 {"TOPIC / EVENT ID"},
+                 {whereHeader},
                  {"ONLINE"}});
-    for (const tools::EventEntry* e : Sorted(events)) {
+    for (const Entry* e : Sorted(entries)) {
         table.AddRow({e->appName, std::to_string(e->pid), Side(e->isPub), OrDash(e->serviceName),
-                      HexId(e->serviceId), std::to_string(e->instanceId), e->eventName,
-                      Bindings(e->bindings), TopicOrId(e->topicName, e->eventId),
-                      YesNo(e->online)});
+                      HexId(e->serviceId), std::to_string(e->instanceId), name(*e),
+                      Bindings(e->bindings), where(*e), YesNo(e->online)});
     }
     table.Print(out);
 }
 
+void PrintEventTable(const std::vector<tools::EventEntry>& events, std::ostream& out) {
+    PrintServiceEntityTable(
+        events, "EVENT", "TOPIC / EVENT ID", [](const tools::EventEntry& e) { return e.eventName; },
+        [](const tools::EventEntry& e) { return TopicOrId(e.topicName, e.eventId); }, out);
+}
+
 void PrintMethodTable(const std::vector<tools::MethodEntry>& methods, std::ostream& out) {
-    Table table({{"APP"},
-                 {"PID", Align::kRight},
-                 {"SIDE"},
-                 {"SERVICE"},
-                 {"ID"},
-                 {"INST", Align::kRight},
-                 {"METHOD"},
-                 {"BINDINGS"},
-                 {"REQUEST TOPIC / METHOD ID"},
-                 {"ONLINE"}});
-    for (const tools::MethodEntry* m : Sorted(methods)) {
-        table.AddRow({m->appName, std::to_string(m->pid), Side(m->isPub), OrDash(m->serviceName),
-                      HexId(m->serviceId), std::to_string(m->instanceId), m->methodName,
-                      Bindings(m->bindings), TopicOrId(m->requestTopicName, m->methodId),
-                      YesNo(m->online)});
-    }
-    table.Print(out);
+    PrintServiceEntityTable(
+        methods, "METHOD", "REQUEST TOPIC / METHOD ID",
+        [](const tools::MethodEntry& m) { return m.methodName; },
+        [](const tools::MethodEntry& m) { return TopicOrId(m.requestTopicName, m.methodId); }, out);
 }
 
 }  // namespace
