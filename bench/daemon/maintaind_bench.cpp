@@ -14,6 +14,7 @@
 #include "bench_reports.h"
 #include "ingest/ingest_pipeline.h"
 #include "orx/maintaind/tools/tools.h"
+#include "orx/test/find_service.h"
 #include "registry/registry.h"
 #include "store/registry_store.h"
 #include "tools/query_engine.h"
@@ -96,24 +97,11 @@ void InProcessEndToEnd() {
     desc.serviceName =
         vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()->GetAppServicePath();
     desc.driverType = vorx::vcc::api::types::DriverType::PROLOC;
-    std::mutex mutex;
-    std::vector<vorx::vcc::HandleType> handles;
-    auto search = vorx::vcc::Proxy::StartFindService(
-        [&](vorx::vcc::ServiceHandleContainer found) {
-            std::lock_guard<std::mutex> lock(mutex);
-            handles = found;
-        },
-        desc);
-    for (;;) {
-        {
-            std::lock_guard<std::mutex> lock(mutex);
-            if (!handles.empty()) {
-                break;
-            }
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const auto handle = orx::test::FindFirstOffer(desc, std::chrono::seconds(10));
+    if (!handle) {
+        std::fprintf(stderr, "daemon: its service was not found\n");
+        std::exit(1);
     }
-    vorx::vcc::Proxy::StopFindService(search);
 
     constexpr int kClients = 20;
     constexpr int kReports = 500;
@@ -121,7 +109,7 @@ void InProcessEndToEnd() {
     std::vector<std::thread> clients;
     for (int c = 0; c < kClients; ++c) {
         clients.emplace_back([&, c] {
-            vorx::vcc::Proxy proxy(handles.front());
+            vorx::vcc::Proxy proxy(*handle);
             auto info = std::make_shared<vorx::vcc::api::types::MethodInfo>();
             info->SetEntityId(60621);
             auto method = proxy.InitializeMethodProxy<ReturnCode>(info);

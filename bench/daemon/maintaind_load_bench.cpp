@@ -25,6 +25,7 @@
 
 #include "bench_reports.h"
 #include "orx/maintaind/tools/tools.h"
+#include "orx/test/find_service.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/api/types/entity_info.h"
 #include "vorx/vcc/dfx_plugin_loader.h"
@@ -55,23 +56,7 @@ std::unique_ptr<vorx::vcc::Proxy> Connect(uint16_t serviceId) {
     desc.serviceName =
         serviceId == 0xE000 ? paths->GetAppServicePath() : paths->GetToolsServicePath();
     desc.driverType = vorx::vcc::api::types::DriverType::DDS;
-    std::mutex mutex;
-    std::condition_variable found;
-    std::optional<vorx::vcc::HandleType> handle;
-    auto search = vorx::vcc::Proxy::StartFindService(
-        [&](vorx::vcc::ServiceHandleContainer handles) {
-            std::lock_guard<std::mutex> lock(mutex);
-            if (!handles.empty()) {
-                handle = handles.front();
-                found.notify_all();
-            }
-        },
-        desc);
-    {
-        std::unique_lock<std::mutex> lock(mutex);
-        found.wait_for(lock, 20s, [&] { return handle.has_value(); });
-    }
-    vorx::vcc::Proxy::StopFindService(search);
+    const auto handle = orx::test::FindFirstOffer(desc, 20s);
     return handle ? std::make_unique<vorx::vcc::Proxy>(*handle) : nullptr;
 }
 

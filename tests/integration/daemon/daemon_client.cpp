@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "orx/test/find_service.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/serialize/cdr.h"
 #include "vorx/vcc/dfx_plugin_loader.h"
@@ -52,24 +53,7 @@ std::shared_ptr<vorx::vcc::api::types::MethodInfo> DaemonClient::MethodInfo(uint
 
 std::optional<vorx::vcc::HandleType> DaemonClient::Find(uint16_t serviceId,
                                                         std::chrono::milliseconds timeout) {
-    std::mutex mutex;
-    std::condition_variable found;
-    std::optional<vorx::vcc::HandleType> handle;
-    const auto search = vorx::vcc::Proxy::StartFindService(
-        [&](vorx::vcc::ServiceHandleContainer handles) {
-            std::lock_guard<std::mutex> lock(mutex);
-            if (!handles.empty()) {
-                handle = handles.front();
-                found.notify_all();
-            }
-        },
-        Service(serviceId));
-    {
-        std::unique_lock<std::mutex> lock(mutex);
-        found.wait_for(lock, timeout, [&] { return handle.has_value(); });
-    }
-    vorx::vcc::Proxy::StopFindService(search);
-    return handle;
+    return orx::test::FindFirstOffer(Service(serviceId), timeout);
 }
 
 vorx::vcc::Proxy* DaemonClient::ToolsProxy() {

@@ -15,6 +15,7 @@
 #include "app/maintaind.h"
 #include "daemon_test_support.h"
 #include "orx/maintaind/tools/tools.h"
+#include "orx/test/find_service.h"
 #include "orx/test/log_capture.h"
 #include "vorx/vcc/api/types/entity_info.h"
 #include "vorx/vcc/driver/driver_registry.h"
@@ -67,24 +68,7 @@ class DaemonFixture : public orx::test::LogCaptureTest {
 
     // The handle of the daemon's service `serviceId`, as a search finds it.
     static std::optional<vorx::vcc::HandleType> Find(uint16_t serviceId) {
-        std::mutex mutex;
-        std::condition_variable found;
-        std::optional<vorx::vcc::HandleType> handle;
-        const auto search = vorx::vcc::Proxy::StartFindService(
-            [&](vorx::vcc::ServiceHandleContainer handles) {
-                std::lock_guard<std::mutex> lock(mutex);
-                if (!handles.empty()) {
-                    handle = handles.front();
-                    found.notify_all();
-                }
-            },
-            Service(serviceId));
-        {
-            std::unique_lock<std::mutex> lock(mutex);
-            found.wait_for(lock, 5s, [&] { return handle.has_value(); });
-        }
-        vorx::vcc::Proxy::StopFindService(search);
-        return handle;
+        return orx::test::FindFirstOffer(Service(serviceId), 5s);
     }
 
     vorx::vcc::Proxy& AppProxy() {
