@@ -6,10 +6,7 @@
 //   orxmaint_bench [--entities 10000] [--runs 15] [--domain 98] [--pause-ms 3500]
 //                  [--full] [--serve-seconds N]
 #include <limits.h>
-#include <poll.h>
 #include <stdlib.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,6 +20,7 @@
 #include <CLI/CLI.hpp>
 
 #include "ara/kelda/common/log/log.h"
+#include "child_run.h"
 #include "event_entries.h"
 #include "orx/maintaind/tools/tools.h"
 #include "vorx/driver/dds/dds_driver.h"
@@ -43,69 +41,13 @@ std::string ExecutableDir() {
     return exe.substr(0, exe.rfind('/'));
 }
 
-struct Run {
-    double ms = 0;
-    double cpuMs = 0;  // user and system time of the child
-    int exitCode = -1;
-    std::string out;
-    std::string err;
-};
+// Runs `args` to its end (at most a minute) in the benchmark's own environment.
+orx::orxmaint::test::ChildResult Spawn(const std::vector<std::string>& args) {
+    return orx::orxmaint::test::RunChild(args, {}, std::chrono::minutes(1));
+}
 
-// Starts `args`, reads its standard output and error to the end and waits for it.
-Run Spawn(const std::vector<std::string>& args) {
-    int outPipe[2];
-    int errPipe[2];
-    Run run;
-    if (::pipe(outPipe) != 0 || ::pipe(errPipe) != 0) {
-        return run;
-    }
-    const Clock::time_point start = Clock::now();
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        ::dup2(outPipe[1], STDOUT_FILENO);
-        ::dup2(errPipe[1], STDERR_FILENO);
-        ::close(outPipe[0]);
-        ::close(errPipe[0]);
-        std::vector<char*> argv;
-        for (const std::string& arg : args) {
-            argv.push_back(const_cast<char*>(arg.c_str()));
-        }
-        argv.push_back(nullptr);
-        ::execv(argv[0], argv.data());
-        ::_exit(127);
-    }
-    ::close(outPipe[1]);
-    ::close(errPipe[1]);
-    // Both pipes at once, so a child that fills one while the other is read never blocks.
-    char buffer[65536];
-    struct pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-    std::string* into[2] = {&run.out, &run.err};
-    while (fds[0].fd >= 0 || fds[1].fd >= 0) {
-        if (::poll(fds, 2, -1) < 0) {
-            continue;
-        }
-        for (int i = 0; i < 2; ++i) {
-            if (fds[i].fd < 0 || fds[i].revents == 0) {
-                continue;
-            }
-            const ssize_t got = ::read(fds[i].fd, buffer, sizeof(buffer));
-            if (got > 0) {
-                into[i]->append(buffer, static_cast<size_t>(got));
-            } else {
-                fds[i].fd = -1;
-            }
-        }
-    }
-    int status = 0;
-    struct rusage usage {};
-    ::wait4(pid, &status, 0, &usage);
-    run.ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-    const auto ms = [](const timeval& t) { return t.tv_sec * 1e3 + t.tv_usec / 1e3; };
-    run.cpuMs = ms(usage.ru_utime) + ms(usage.ru_stime);
-    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    ::close(outPipe[0]);
-    ::close(errPipe[0]);
-    return run;
+double Millis(std::chrono::microseconds time) {
+    return static_cast<double>(time.count()) / 1e3;
 }
 
 size_t CountObjects(const std::string& json) {
@@ -216,7 +158,7 @@ int main(int argc, char** argv) {
         command.insert(command.end() - 1, "--full");
     }
     // One run to warm caches and let this process's DDS side settle; not counted.
-    const Run warm = Spawn(command);
+    const auto warm = Spawn(command);
     if (warm.exitCode != 0 || CountObjects(warm.out) != entities) {
         std::cerr << "orxmaint failed (exit " << warm.exitCode << ", " << CountObjects(warm.out)
                   << " entries):\n"
@@ -227,14 +169,15 @@ int main(int argc, char** argv) {
     std::vector<double> cpuTimes;
     for (int i = 0; i < runs; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(pauseMs));
-        const Run run = Spawn(command);
+        const auto run = Spawn(command);
         if (run.exitCode != 0) {
             std::cerr << "run " << i << " failed: " << run.err;
             return 1;
         }
-        std::fprintf(stderr, "run %d: %.1f ms (cpu %.1f ms)\n", i, run.ms, run.cpuMs);
-        times.push_back(run.ms);
-        cpuTimes.push_back(run.cpuMs);
+        std::fprintf(stderr, "run %d: %.1f ms (cpu %.1f ms)\n", i, Millis(run.took),
+                     Millis(run.cpu));
+        times.push_back(Millis(run.took));
+        cpuTimes.push_back(Millis(run.cpu));
     }
     std::sort(times.begin(), times.end());
     std::sort(cpuTimes.begin(), cpuTimes.end());
@@ -247,8 +190,8 @@ int main(int argc, char** argv) {
     // Where the time goes, from the tool's own debug lines.
     std::vector<std::string> verbose = command;
     verbose.insert(verbose.begin() + 1, "--verbose");
-    const Run detail = Spawn(verbose);
-    std::printf("one run with --verbose: %.1f ms\n", detail.ms);
+    const auto detail = Spawn(verbose);
+    std::printf("one run with --verbose: %.1f ms\n", Millis(detail.took));
     size_t begin = 0;
     while (begin < detail.err.size()) {
         const size_t end = detail.err.find('\n', begin);

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -80,8 +81,13 @@ ChildResult RunChild(const std::vector<std::string>& args,
         ::kill(pid, SIGKILL);
     }
     int status = 0;
-    ::waitpid(pid, &status, 0);
-    result.took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    struct rusage usage {};
+    ::wait4(pid, &status, 0, &usage);
+    result.took = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+    const auto micros = [](const timeval& t) {
+        return std::chrono::seconds(t.tv_sec) + std::chrono::microseconds(t.tv_usec);
+    };
+    result.cpu = micros(usage.ru_utime) + micros(usage.ru_stime);
     ::close(outPipe[0]);
     ::close(errPipe[0]);
     if (WIFEXITED(status)) {

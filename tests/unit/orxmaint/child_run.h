@@ -1,4 +1,5 @@
-// Runs a program to its end, capturing what it prints, for tests of the orxmaint binary.
+// Runs a program to its end, capturing what it prints, for tests and benchmarks of the orxmaint
+// binary.
 #pragma once
 
 #include <chrono>
@@ -12,7 +13,8 @@ struct ChildResult {
     int exitCode = -1;  // -1 when it did not exit normally (killed at the deadline, crashed)
     std::string out;
     std::string err;
-    std::chrono::milliseconds took{0};
+    std::chrono::microseconds took{0};  // wall time from start to exit
+    std::chrono::microseconds cpu{0};   // the child's user and system time
 };
 
 // Runs `args` (args[0] is the program path) with the current environment plus `env` (name,
