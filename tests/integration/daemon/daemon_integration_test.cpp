@@ -88,6 +88,16 @@ class MaintaindProcessTest : public ::testing::Test {
             timeout);
     }
 
+    // Waits until the daemon lists `app` with the given online state.
+    bool WaitForOnline(const std::string& app, bool online, std::chrono::seconds timeout) {
+        return WaitUntil(
+            [&] {
+                auto node = Node(app);
+                return node && node->online == online;
+            },
+            timeout);
+    }
+
     template <class Condition>
     static bool WaitUntil(Condition condition, std::chrono::milliseconds timeout) {
         const auto deadline = std::chrono::steady_clock::now() + timeout;
@@ -160,21 +170,11 @@ TEST_F(MaintaindProcessTest, VanishedAndStoppedAppsGoOffline) {
     StartApp("radar");
     StartApp("fusion");
     ASSERT_TRUE(WaitForApp("radar")) << daemon_->Output();
-    ASSERT_TRUE(WaitUntil(
-        [&] {
-            auto node = Node("fusion");
-            return node && node->online;
-        },
-        30s));
+    ASSERT_TRUE(WaitForOnline("fusion", true, 30s));
 
     apps_["fusion"]->Signal(SIGKILL);
     const auto killed = std::chrono::steady_clock::now();
-    ASSERT_TRUE(WaitUntil(
-        [&] {
-            auto node = Node("fusion");
-            return node && !node->online;
-        },
-        15s));
+    ASSERT_TRUE(WaitForOnline("fusion", false, 15s));
     const auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - killed);
     EXPECT_LT(seconds.count(), 10.0);
     EXPECT_EQ(Node("fusion")->offlineReason, "process gone");
@@ -183,12 +183,7 @@ TEST_F(MaintaindProcessTest, VanishedAndStoppedAppsGoOffline) {
 
     apps_["radar"]->Signal(SIGTERM);
     ASSERT_TRUE(apps_["radar"]->WaitForExit(15s).has_value());
-    ASSERT_TRUE(WaitUntil(
-        [&] {
-            auto node = Node("radar");
-            return node && !node->online;
-        },
-        10s));
+    ASSERT_TRUE(WaitForOnline("radar", false, 10s));
     EXPECT_EQ(Node("radar")->offlineReason, "offline report") << daemon_->Output();
 }
 
@@ -234,12 +229,7 @@ TEST_F(MaintaindProcessTest, LatencySwitchReachesTheApplications) {
     StartApp("radar");
     StartApp("fusion");
     ASSERT_TRUE(WaitForApp("radar")) << daemon_->Output();
-    ASSERT_TRUE(WaitUntil(
-        [&] {
-            auto node = Node("fusion");
-            return node && node->online;
-        },
-        30s));
+    ASSERT_TRUE(WaitForOnline("fusion", true, 30s));
 
     tools::LatencySwitchRequest request;
     request.event = "ObjectList";
