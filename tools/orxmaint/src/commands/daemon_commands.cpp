@@ -21,14 +21,11 @@ int RunStatus(CommandContext& context) {
         return kExitFailed;
     }
     if (context.options.json) {
-        std::string text;
-        JsonWriter json(text);
-        json.BeginArray();
-        json.BeginObject();
-        json.Members(reply, {"code", "message"});
-        json.EndObject();
-        json.EndArray();
-        PrintJsonLine(text, context.out);
+        PrintSingleObject(
+            [&](JsonWriter& json) {
+                json.Members(reply, {"code", "message"});
+            },
+            context.out);
     } else {
         PrintDaemonStatus(reply, context.out);
     }

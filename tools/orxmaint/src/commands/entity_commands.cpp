@@ -56,18 +56,15 @@ int RunTypes(CommandContext& context) {
         return kExitFailed;
     }
     if (context.options.json) {
-        std::string text;
-        JsonWriter json(text);
-        json.BeginArray();
-        json.BeginObject();
-        json.Members(reply.dataType);
-        json.Key("events");
-        WriteEntries(json, reply.events, context.options.full);
-        json.Key("methods");
-        WriteEntries(json, reply.methods, context.options.full);
-        json.EndObject();
-        json.EndArray();
-        PrintJsonLine(text, context.out);
+        PrintSingleObject(
+            [&](JsonWriter& json) {
+                json.Members(reply.dataType);
+                json.Key("events");
+                WriteEntries(json, reply.events, context.options.full);
+                json.Key("methods");
+                WriteEntries(json, reply.methods, context.options.full);
+            },
+            context.out);
     } else {
         PrintDataType(reply, context.out);
     }

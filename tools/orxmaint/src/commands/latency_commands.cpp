@@ -83,19 +83,16 @@ int RunLatencySwitch(CommandContext& context, bool enable) {
         return kExitFailed;
     }
     if (context.options.json) {
-        std::string text;
-        JsonWriter json(text);
-        json.BeginArray();
-        json.BeginObject();
-        json.Key("eventName");
-        json.Value(reply.eventName);
-        json.Key("mode");
-        json.Value(std::string(enable ? "enable" : "disable"));
-        json.Key("latencyIndex");
-        json.Value(reply.latencyIndex);
-        json.EndObject();
-        json.EndArray();
-        PrintJsonLine(text, context.out);
+        PrintSingleObject(
+            [&](JsonWriter& json) {
+                json.Key("eventName");
+                json.Value(reply.eventName);
+                json.Key("mode");
+                json.Value(std::string(enable ? "enable" : "disable"));
+                json.Key("latencyIndex");
+                json.Value(reply.latencyIndex);
+            },
+            context.out);
     } else {
         PrintLatencySwitched(reply, request.mode, context.out);
     }

@@ -30,6 +30,19 @@ void WriteEntries(JsonWriter& json, const std::vector<Entry>& entries, bool full
 // Writes `text` and a newline to `out` in one go.
 void PrintJsonLine(std::string& text, std::ostream& out);
 
+// Prints a one-object JSON array on one line; `members` writes the object's members.
+template <class Members>
+void PrintSingleObject(Members members, std::ostream& out) {
+    std::string text;
+    JsonWriter json(text);
+    json.BeginArray();
+    json.BeginObject();
+    members(json);
+    json.EndObject();
+    json.EndArray();
+    PrintJsonLine(text, out);
+}
+
 // Prints `entries` as one JSON array on one line.
 template <class Entry>
 void PrintEntries(const std::vector<Entry>& entries, bool full, std::ostream& out) {
