@@ -49,14 +49,8 @@ void PrepareDds(const std::string& domain) {
 }
 
 std::unique_ptr<vorx::vcc::Proxy> Connect(uint16_t serviceId) {
-    const auto paths = vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance();
-    vorx::vcc::ServiceDescription desc;
-    desc.serviceId = serviceId;
-    desc.instanceId = "1";
-    desc.serviceName =
-        serviceId == 0xE000 ? paths->GetAppServicePath() : paths->GetToolsServicePath();
-    desc.driverType = vorx::vcc::api::types::DriverType::DDS;
-    const auto handle = orx::test::FindFirstOffer(desc, 20s);
+    const auto handle = orx::test::FindFirstOffer(
+        orx::test::MaintaindService(serviceId, vorx::vcc::api::types::DriverType::DDS), 20s);
     return handle ? std::make_unique<vorx::vcc::Proxy>(*handle) : nullptr;
 }
 

@@ -17,14 +17,7 @@ namespace orx::maintaind::daemon::itest {
 namespace {
 
 vorx::vcc::ServiceDescription Service(uint16_t serviceId) {
-    const auto paths = vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance();
-    vorx::vcc::ServiceDescription desc;
-    desc.serviceId = serviceId;
-    desc.instanceId = "1";
-    desc.serviceName =
-        serviceId == 0xE000 ? paths->GetAppServicePath() : paths->GetToolsServicePath();
-    desc.driverType = vorx::vcc::api::types::DriverType::DDS;
-    return desc;
+    return orx::test::MaintaindService(serviceId, vorx::vcc::api::types::DriverType::DDS);
 }
 
 }  // namespace

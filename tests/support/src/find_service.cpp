@@ -3,7 +3,21 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
+
 namespace orx::test {
+
+vorx::vcc::ServiceDescription MaintaindService(uint16_t serviceId,
+                                               vorx::vcc::api::types::DriverType binding) {
+    const auto paths = vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance();
+    vorx::vcc::ServiceDescription desc;
+    desc.serviceId = serviceId;
+    desc.instanceId = "1";
+    desc.serviceName =
+        serviceId == 0xE000 ? paths->GetAppServicePath() : paths->GetToolsServicePath();
+    desc.driverType = binding;
+    return desc;
+}
 
 std::optional<vorx::vcc::HandleType> FindFirstOffer(const vorx::vcc::ServiceDescription& service,
                                                     std::chrono::milliseconds timeout) {

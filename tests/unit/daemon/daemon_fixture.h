@@ -56,14 +56,7 @@ class DaemonFixture : public orx::test::LogCaptureTest {
     void StartDaemon() { StartDaemon(Settings()); }
 
     static vorx::vcc::ServiceDescription Service(uint16_t serviceId) {
-        const auto paths = vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance();
-        vorx::vcc::ServiceDescription desc;
-        desc.serviceId = serviceId;
-        desc.instanceId = "1";
-        desc.serviceName =
-            serviceId == 0xE000 ? paths->GetAppServicePath() : paths->GetToolsServicePath();
-        desc.driverType = CoreDriverType::PROLOC;
-        return desc;
+        return orx::test::MaintaindService(serviceId, CoreDriverType::PROLOC);
     }
 
     // The handle of the daemon's service `serviceId`, as a search finds it.
