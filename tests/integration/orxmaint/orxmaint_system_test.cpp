@@ -1,24 +1,27 @@
 // orxmaint against the real chain: maintaind and the example applications on loopback DDS, each
 // test on a DDS domain of its own.
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <stdlib.h>
 
 #include <chrono>
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
 
 #include <nlohmann/json.hpp>
 
-#include "background_process.h"
+#include "child_process.h"
 #include "child_run.h"
 
 namespace orx::orxmaint {
 namespace {
 
+using maintaind::daemon::itest::ChildProcess;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
@@ -33,27 +36,33 @@ class OrxmaintSystemTest : public ::testing::Test {
         dir_ = dirTemplate;
         // The applications take their orx.json from examples/; the daemon runs without one.
         env_ = {{"ORX_DDS_DOMAIN", domain_}};
-        daemon_ = std::make_unique<test::BackgroundProcess>(
+        daemon_ = std::make_unique<ChildProcess>(
             std::vector<std::string>{kBin + "/maintaind", "--db", dir_ + "/maintaind.db",
                                      "--fresh"},
-            std::vector<std::pair<std::string, std::string>>{{"ORX_DDS_DOMAIN", domain_},
-                                                             {"ORX_CONFIG", dir_ + "/no-orx.json"}},
+            std::map<std::string, std::string>{{"ORX_DDS_DOMAIN", domain_},
+                                               {"ORX_CONFIG", dir_ + "/no-orx.json"}},
             dir_ + "/maintaind.log");
-        ASSERT_TRUE(daemon_->Started());
-        radar_ = std::make_unique<test::BackgroundProcess>(
+        ASSERT_GT(daemon_->Pid(), 0);
+        radar_ = std::make_unique<ChildProcess>(
             std::vector<std::string>{kBin + "/orx-demo", "radar"}, env_, dir_ + "/radar.log");
-        ASSERT_TRUE(radar_->Started());
+        ASSERT_GT(radar_->Pid(), 0);
         if (withSubscriber) {
-            fusion_ = std::make_unique<test::BackgroundProcess>(
+            fusion_ = std::make_unique<ChildProcess>(
                 std::vector<std::string>{kBin + "/orx-demo", "fusion"}, env_, dir_ + "/fusion.log");
-            ASSERT_TRUE(fusion_->Started());
+            ASSERT_GT(fusion_->Pid(), 0);
         }
     }
 
     void TearDown() override {
-        fusion_.reset();
-        radar_.reset();
-        daemon_.reset();
+        // Asked to stop first, so the applications send their offline reports; killed if they
+        // have not ended within 5 s.
+        for (auto* process : {&fusion_, &radar_, &daemon_}) {
+            if (*process) {
+                (*process)->Signal(SIGTERM);
+                (*process)->WaitForExit(milliseconds(5000));
+                process->reset();
+            }
+        }
         if (dir_.empty()) {
             return;
         }
@@ -104,10 +113,10 @@ class OrxmaintSystemTest : public ::testing::Test {
 
     std::string domain_;
     std::string dir_;
-    std::vector<std::pair<std::string, std::string>> env_;
-    std::unique_ptr<test::BackgroundProcess> daemon_;
-    std::unique_ptr<test::BackgroundProcess> radar_;
-    std::unique_ptr<test::BackgroundProcess> fusion_;
+    std::map<std::string, std::string> env_;
+    std::unique_ptr<ChildProcess> daemon_;
+    std::unique_ptr<ChildProcess> radar_;
+    std::unique_ptr<ChildProcess> fusion_;
 };
 
 TEST_F(OrxmaintSystemTest, NodesAndEventsShowTheRunningApplication) {
