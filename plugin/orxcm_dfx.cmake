@@ -15,7 +15,7 @@ if(ORXCM_DFX_SOURCES)
   # Plug-in headers are included as "orxmaintaind/...", "config/...", "maintaind/...".
   target_include_directories(orxcm_dfx PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
   target_link_libraries(orxcm_dfx
-    PUBLIC vcc_com vcc_types vcc_base kelda_log orx_config orx_maintaind_types maintaind_msg
+    PUBLIC vcc_com vcc_types vcc_base kelda_log orx_config orx_protocol maintaind_msg
     PRIVATE Threads::Threads)
   orx_target_warnings(orxcm_dfx)
 endif()

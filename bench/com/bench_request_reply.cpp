@@ -10,6 +10,7 @@
 #include <mutex>
 #include <vector>
 
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/types.h"
 #include "orx/test/record_filler.h"
 #include "vorx/serialize/cdr.h"
@@ -24,7 +25,7 @@ using orx::maintaind::ReturnCode;
 using vorx::vcc::PayloadMode;
 using Clock = std::chrono::steady_clock;
 
-constexpr uint32_t kMethodId = 60621;
+constexpr uint32_t kMethodId = orx::maintaind::service::kRegisterAppMethodId;
 
 vorx::vcc::ServiceDescription BenchService() {
     vorx::vcc::ServiceDescription desc;

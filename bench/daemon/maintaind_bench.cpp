@@ -13,6 +13,7 @@
 #include "app/maintaind.h"
 #include "bench_reports.h"
 #include "ingest/ingest_pipeline.h"
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/tools/tools.h"
 #include "orx/test/find_service.h"
 #include "registry/registry.h"
@@ -92,7 +93,7 @@ void InProcessEndToEnd() {
         std::exit(1);
     }
     vorx::vcc::ServiceDescription desc;
-    desc.serviceId = 0xE000;
+    desc.serviceId = orx::maintaind::service::kAppServiceId;
     desc.instanceId = "1";
     desc.serviceName =
         vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()->GetAppServicePath();
@@ -111,7 +112,7 @@ void InProcessEndToEnd() {
         clients.emplace_back([&, c] {
             vorx::vcc::Proxy proxy(*handle);
             auto info = std::make_shared<vorx::vcc::api::types::MethodInfo>();
-            info->SetEntityId(60621);
+            info->SetEntityId(orx::maintaind::service::kRegisterAppMethodId);
             auto method = proxy.InitializeMethodProxy<ReturnCode>(info);
             for (int i = 0; i < kReports; ++i) {
                 // One at a time, waiting for each answer, as the plug-in sends.

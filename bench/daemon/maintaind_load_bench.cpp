@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "bench_reports.h"
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/tools/tools.h"
 #include "orx/test/find_service.h"
 #include "vorx/driver/dds/dds_driver.h"
@@ -62,12 +63,13 @@ std::shared_ptr<vorx::vcc::api::types::MethodInfo> Method(uint32_t entityId) {
 
 int RunClient(int index, const std::string& domain) {
     PrepareDds(domain);
-    auto proxy = Connect(0xE000);
+    auto proxy = Connect(orx::maintaind::service::kAppServiceId);
     if (!proxy) {
         std::fprintf(stderr, "client %d: maintaind not found\n", index);
         return 1;
     }
-    auto method = proxy->InitializeMethodProxy<ReturnCode>(Method(60621));
+    auto method = proxy->InitializeMethodProxy<ReturnCode>(
+        Method(orx::maintaind::service::kRegisterAppMethodId));
     const std::string app = "loadapp" + std::to_string(index);
     for (int i = 0; i < kReportsPerClient; ++i) {
         const AppRegisterInfo report = bench::EventReportFor(app, ::getpid(), i);

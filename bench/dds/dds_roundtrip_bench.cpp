@@ -29,6 +29,7 @@
 #include <string>
 #include <vector>
 
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/types.h"
 #include "orx/test/record_filler.h"
 #include "vorx/driver/dds/dds_driver.h"
@@ -46,7 +47,7 @@ using vorx::driver::dds::DdsStatus;
 using vorx::driver::dds::ParticipantSettings;
 using Clock = std::chrono::steady_clock;
 
-constexpr uint32_t kRegisterApp = 60621;
+constexpr uint32_t kRegisterApp = orx::maintaind::service::kRegisterAppMethodId;
 
 struct Options {
     uint32_t domain = 222;
@@ -57,7 +58,7 @@ struct Options {
 
 vcc::ServiceDescription BenchService() {
     vcc::ServiceDescription desc;
-    desc.serviceId = 0xE000;
+    desc.serviceId = orx::maintaind::service::kAppServiceId;
     desc.instanceId = "1";
     desc.serviceName = "/bench/DdsRoundTrip";
     desc.driverType = vcc::api::types::DriverType::DDS;
@@ -78,7 +79,7 @@ std::shared_ptr<DdsDriver> MakeDriver(uint32_t domain) {
         std::exit(1);
     }
     // Requests and replies of the shared RegisterApp topic, as the plug-in uses it.
-    driver->SetMethodTopics(0xE000, kRegisterApp,
+    driver->SetMethodTopics(orx::maintaind::service::kAppServiceId, kRegisterApp,
                             {"RegisterAppRequestTopic", "RegisterAppRequestTopic"});
     return driver;
 }

@@ -10,6 +10,7 @@
 
 #include "maintaind/maintaind_listener.h"
 #include "orx/maintaind/app.h"
+#include "orx/maintaind/service.h"
 #include "orx/test/daemon_double.h"
 #include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_latency_client.h"
@@ -38,7 +39,8 @@ void BindClient() {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (std::chrono::steady_clock::now() < deadline) {
             const auto proxy = client->GetMaintaindProxy();
-            if (proxy && proxy->GetMethodProxy<orx::maintaind::ReturnCode>(60621U)) {
+            if (proxy && proxy->GetMethodProxy<orx::maintaind::ReturnCode>(
+                             orx::maintaind::service::kRegisterAppMethodId)) {
                 return true;
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(5));

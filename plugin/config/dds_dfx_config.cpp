@@ -26,8 +26,8 @@ constexpr int kToolsService = 2;
 // Discovery settings of the daemon's services. The application side and the tools side are
 // told apart by service id (DDSServiceDiscoveryInfo::SetServiceId) and discovery group
 // (DDSServiceDiscoveryInfo::SetDiscoveryGroup).
-constexpr uint16_t kAppServiceId = 0xE000U;
-constexpr uint16_t kToolsServiceId = 0xE001U;
+constexpr uint16_t kAppServiceId = orx::maintaind::service::kAppServiceId;
+constexpr uint16_t kToolsServiceId = orx::maintaind::service::kToolsServiceId;
 constexpr uint16_t kAppDiscoveryGroup = 2U;
 constexpr uint16_t kToolsDiscoveryGroup = 3U;
 // Offer, find and subscribe filter (DDSServiceDiscoveryInfo::SetOfferFilter, SetFindFilter,
@@ -38,9 +38,8 @@ constexpr const char* kDiscoveryMatchFilter = "[2]";
 constexpr ParticipantQos kParticipantQos{true, 500U, 1000U, 60000U, 24000U};
 // Transport QoS (SetTransportQos of every record): 0 lets the driver choose.
 const TransportQosSet kDefaultTransportQos{0U};
-// Keys of a method's topic map.
-constexpr const char* kRequestTopicKey = "Request";
-constexpr const char* kReplyTopicKey = "Reply";
+using orxmaintaind::type::kReplyTopicKey;
+using orxmaintaind::type::kRequestTopicKey;
 
 // The daemon's topics are keyed by 16-bit entity ids; a larger id names nothing.
 template <typename Table>

@@ -8,6 +8,7 @@
 #include "orx/maintaind/app.h"
 #include "orx/maintaind/enums.h"
 #include "orxmaintaind/orx_maintaind_client.h"
+#include "orxmaintaind/orx_maintaind_type.h"
 #include "vorx/vcc/proxy.h"
 
 namespace orx {
@@ -18,8 +19,7 @@ namespace {
 
 namespace log = ara::kelda::common::log;
 
-// Entity id of the daemon's registration method, which carries every report.
-constexpr uint32_t kRegisterAppMethodId = 60621U;
+using orxmaintaind::type::kRegisterAppMethodId;
 
 using ReplyFuture = ara::core::Future<orx::maintaind::ReturnCode, ara::core::ErrorCode>;
 

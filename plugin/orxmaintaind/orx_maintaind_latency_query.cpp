@@ -11,6 +11,7 @@
 #include "ara/core/future.h"
 #include "orx/maintaind/app.h"
 #include "orxmaintaind/orx_maintaind_latency_client.h"
+#include "orxmaintaind/orx_maintaind_type.h"
 #include "vorx/vcc/application_name.h"
 #include "vorx/vcc/proxy.h"
 
@@ -22,8 +23,7 @@ namespace {
 
 using orx::maintaind::LatencyInfo;
 
-// Entity id of the daemon's registration method, which carries every report.
-constexpr uint32_t kRegisterAppMethodId = 60621U;
+using type::kRegisterAppMethodId;
 // Period of the query task in nanoseconds.
 constexpr long kQueryPeriodNs = 1000000000L;
 // How long one send waits for the daemon's reply.

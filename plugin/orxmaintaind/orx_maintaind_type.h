@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "orx/maintaind/service.h"
 #include "orxmaintaind/orxcm_dfx_export.h"
 
 namespace orx {
@@ -13,22 +14,20 @@ namespace orxcm {
 namespace orxmaintaind {
 namespace type {
 
-// Service id of the maintenance daemon's application-side service.
-constexpr uint16_t kMaintaindServiceId = 0xE000U;
+// The daemon's ids as the plug-in names them; the values live in orx::maintaind::service.
+constexpr uint16_t kMaintaindServiceId = orx::maintaind::service::kAppServiceId;
 // The daemon's method that carries every report (RegisterApp).
-constexpr uint32_t kRegisterAppMethodId = 60621U;
+constexpr uint32_t kRegisterAppMethodId = orx::maintaind::service::kRegisterAppMethodId;
 // The daemon's event that orders latency switches (SwitchApplicationLatency).
-constexpr uint32_t kSwitchLatencyEventId = 30161U;
+constexpr uint32_t kSwitchLatencyEventId = orx::maintaind::service::kSwitchLatencyEventId;
 // Keys of a method's topic map.
-constexpr const char* kRequestTopicKey = "Request";
-constexpr const char* kReplyTopicKey = "Reply";
+constexpr const char* kRequestTopicKey = orx::maintaind::service::kRequestTopicKey.data();
+constexpr const char* kReplyTopicKey = orx::maintaind::service::kReplyTopicKey.data();
 
 // One description of the maintenance daemon's service "MAINTAIND": the DDS topics of every method
-// and the names of its events, by entity id. Built once, shared, only read afterwards, so it may
-// be used from any thread.
-//
-// This file depends on nothing else of the plug-in: the daemon compiles it into itself so both
-// sides share one description.
+// and the names of its events, by entity id, in the shape the plug-in's clients look them up.
+// Built once from orx::maintaind::service, shared, only read afterwards, so it may be used from
+// any thread.
 class ORXCM_DFX_EXPORT OrxMaintaindType {
   public:
     // Topic map of one method: exactly the keys "Request" and "Reply".

@@ -3,10 +3,9 @@
 #include <utility>
 
 #include "daemon_log.h"
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/tools/method_ids.h"
-#include "orxmaintaind/orx_maintaind_type.h"
 #include "vorx/vcc/driver/driver_registry.h"
-#include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
 #include "vorx/vcc/reserve_service.h"
 
 namespace orx::maintaind::daemon {
@@ -78,11 +77,11 @@ bool Maintaind::Start(std::string& error) {
     queue_ = std::make_unique<IngestQueue>(*pipeline_, settings_.queueCapacity, settings_.maxBatch);
 
     auto driver = vorx::vcc::DriverRegistry::GetInstance()->GetDriver(settings_.binding);
-    const auto paths = vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance();
     appServer_ = std::make_unique<MethodServer>(
-        Service(settings_, vorx::vcc::kMaintaindAppServiceId, paths->GetAppServicePath()), driver);
+        Service(settings_, service::kAppServiceId, std::string(service::kAppServicePath)), driver);
     toolsServer_ = std::make_unique<MethodServer>(
-        Service(settings_, tools::kToolsServiceId, paths->GetToolsServicePath()), driver);
+        Service(settings_, service::kToolsServiceId, std::string(service::kToolsServicePath)),
+        driver);
     appService_ =
         std::make_unique<AppService>(*appServer_, *queue_, stats_, settings_.requestLimits);
     switcher_ = std::make_unique<LatencySwitcher>(
@@ -118,15 +117,14 @@ bool Maintaind::Start(std::string& error) {
     liveness_->Start();
     started_ = true;
     // Every method of the service's shared description must be served by one of the two sides.
-    const auto table = orx::orxcm::orxmaintaind::type::OrxMaintaindType::GetInstance();
-    for (const auto& [entityId, topics] : table->GetMethodTable()) {
-        if (!appServer_->Serves(entityId) && !toolsServer_->Serves(entityId)) {
+    for (const service::MethodRow& row : service::kMethodTable) {
+        if (!appServer_->Serves(row.entityId) && !toolsServer_->Serves(row.entityId)) {
             DaemonLog().LogError() << "[Maintaind][Method of the maintenance service not served]"
                                       "[methodEntityId="
-                                   << entityId << "]";
+                                   << row.entityId << "]";
         }
     }
-    DaemonLog().LogInfo() << "Maintaind started[service=" << table->GetServiceShortName()
+    DaemonLog().LogInfo() << "Maintaind started[service=" << service::kShortName
                           << ", instanceId=" << settings_.instanceId
                           << ", driver=" << driver->Name() << "]";
     return true;

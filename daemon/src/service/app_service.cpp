@@ -17,7 +17,7 @@ constexpr uint8_t kProblem = 1;
 AppService::AppService(MethodServer& server, IngestQueue& queue, DaemonStats& stats,
                        RequestLimits limits)
     : server_(server), queue_(queue), stats_(stats), limits_(limits) {
-    server_.Register(kRegisterAppMethodId,
+    server_.Register(service::kRegisterAppMethodId,
                      [this](const vorx::vcc::MethodCall& call,
                             const std::shared_ptr<vorx::vcc::ReplyChannel>& channel) {
                          OnRegisterApp(call, channel);
@@ -25,7 +25,7 @@ AppService::AppService(MethodServer& server, IngestQueue& queue, DaemonStats& st
 }
 
 bool AppService::PublishLatencySwitch(const LatencySwitch& order) {
-    return server_.Publish(kSwitchLatencyEventId, order);
+    return server_.Publish(service::kSwitchLatencyEventId, order);
 }
 
 void AppService::OnRegisterApp(const vorx::vcc::MethodCall& call,

@@ -8,12 +8,10 @@
 #include "ingest/ingest_queue.h"
 #include "ingest/report_check.h"
 #include "orx/maintaind/latency.h"
+#include "orx/maintaind/service.h"
 #include "service/method_server.h"
 
 namespace orx::maintaind::daemon {
-
-inline constexpr uint32_t kRegisterAppMethodId = 60621U;
-inline constexpr uint32_t kSwitchLatencyEventId = 30161U;
 
 // Answers RegisterApp: 0 once the report is stored; 1 at once for a request that cannot be
 // decoded or is inconsistent, and after the ingest worker for a report refused by a limit. A

@@ -1,4 +1,5 @@
 #include "daemon_client.h"
+#include "orx/maintaind/service.h"
 
 #include <stdlib.h>
 
@@ -60,7 +61,7 @@ vorx::vcc::Proxy* DaemonClient::ToolsProxy() {
 
 vorx::vcc::Proxy* DaemonClient::AppProxy() {
     if (!app_) {
-        if (auto handle = Find(0xE000, 10s)) {
+        if (auto handle = Find(orx::maintaind::service::kAppServiceId, 10s)) {
             app_ = std::make_unique<vorx::vcc::Proxy>(*handle);
         }
     }
@@ -73,7 +74,8 @@ std::optional<uint8_t> DaemonClient::Register(const AppRegisterInfo& report,
     if (proxy == nullptr) {
         return std::nullopt;
     }
-    auto method = proxy->InitializeMethodProxy<ReturnCode>(MethodInfo(60621));
+    auto method = proxy->InitializeMethodProxy<ReturnCode>(
+        MethodInfo(orx::maintaind::service::kRegisterAppMethodId));
     auto future = method->Request(report);
     if (future.wait_for(timeout) != ara::core::future_status::ready) {
         return std::nullopt;
@@ -84,7 +86,7 @@ std::optional<uint8_t> DaemonClient::Register(const AppRegisterInfo& report,
 
 std::optional<uint8_t> DaemonClient::RegisterRaw(const std::vector<uint8_t>& bytes,
                                                  std::chrono::milliseconds timeout) {
-    const auto handle = Find(0xE000, 10s);
+    const auto handle = Find(orx::maintaind::service::kAppServiceId, 10s);
     if (!handle) {
         return std::nullopt;
     }
@@ -110,7 +112,7 @@ std::optional<uint8_t> DaemonClient::RegisterRaw(const std::vector<uint8_t>& byt
         return std::nullopt;
     }
     vorx::vcc::MethodCall call;
-    call.entityId = 60621;
+    call.entityId = orx::maintaind::service::kRegisterAppMethodId;
     call.sessionId = session;
     call.payload = vorx::vcc::Payload::FromBytes(bytes);
     if (driver->SendRequest(client, call)) {

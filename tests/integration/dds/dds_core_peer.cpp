@@ -25,6 +25,7 @@
 #include <sstream>
 #include <string>
 
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/types.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
@@ -38,8 +39,8 @@ using orx::maintaind::AppRegisterInfo;
 using orx::maintaind::LatencySwitch;
 using orx::maintaind::ReturnCode;
 
-constexpr uint32_t kRegisterApp = 60621;
-constexpr uint32_t kSwitchLatency = 30161;
+constexpr uint32_t kRegisterApp = orx::maintaind::service::kRegisterAppMethodId;
+constexpr uint32_t kSwitchLatency = orx::maintaind::service::kSwitchLatencyEventId;
 
 void Say(const std::string& line) {
     // write(2) works at any point of process exit, also after iostreams.
@@ -49,7 +50,7 @@ void Say(const std::string& line) {
 
 vcc::ServiceDescription Maintaind() {
     vcc::ServiceDescription desc;
-    desc.serviceId = 0xE000;
+    desc.serviceId = orx::maintaind::service::kAppServiceId;
     desc.instanceId = "1";
     desc.serviceName =
         vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()->GetAppServicePath();

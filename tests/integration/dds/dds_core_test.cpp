@@ -10,6 +10,7 @@
 #include <mutex>
 
 #include "child_process.h"
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/types.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/serialize/cdr.h"
@@ -29,8 +30,8 @@ using orx::test::ChildProcess;
 namespace vcc = vorx::vcc;
 namespace dds = vorx::driver::dds;
 
-constexpr uint32_t kRegisterApp = 60621;
-constexpr uint32_t kSwitchLatency = 30161;
+constexpr uint32_t kRegisterApp = orx::maintaind::service::kRegisterAppMethodId;
+constexpr uint32_t kSwitchLatency = orx::maintaind::service::kSwitchLatencyEventId;
 
 std::string AppServicePath() {
     return vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()->GetAppServicePath();
@@ -80,7 +81,7 @@ TEST(CoreOverDds, RegisterAppAndLatencySwitchBetweenProcesses) {
     std::condition_variable changed;
     vcc::ServiceHandleContainer found;
     auto discovery = std::make_shared<dds::DDSServiceDiscoveryInfo>();
-    discovery->SetServiceId(0xE000);
+    discovery->SetServiceId(orx::maintaind::service::kAppServiceId);
     discovery->SetInstanceId("65534");
     discovery->SetServiceName(AppServicePath());
     const auto search = vcc::Proxy::StartFindService(
@@ -175,7 +176,7 @@ TEST(CoreOverDds, ReportFromAStaticDestructorReachesTheServer) {
         }
     };
     vcc::ServiceDescription desc;
-    desc.serviceId = 0xE000;
+    desc.serviceId = orx::maintaind::service::kAppServiceId;
     desc.instanceId = "1";
     desc.serviceName = AppServicePath();
     desc.driverType = vcc::api::types::DriverType::DDS;

@@ -11,6 +11,7 @@
 
 #include "child_process.h"
 #include "driver_recorder.h"
+#include "orx/maintaind/service.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/dds_dfx_config_interface.h"
 #include "vorx/vcc/register_dfx_interface.h"
@@ -85,7 +86,7 @@ class SharedTopicProvider : public vcc::DDSDfxConfigInterface {
                         vorx::driver::dds::DDSMethodInfo& info) override {
         std::lock_guard<std::mutex> lock(mutex);
         asked.push_back(index);
-        if (index.entityId != 60621) {
+        if (index.entityId != orx::maintaind::service::kRegisterAppMethodId) {
             return false;
         }
         info.SetRequestTopicName("RegisterAppRequestTopic");
@@ -149,11 +150,12 @@ TEST(DdsTwoProcess, OfferIsSeenWithdrawnAndOfferedAgain) {
 
 TEST(DdsTwoProcess, SharedRegisterAppTopicRepliesReachOnlyTheirClient) {
     constexpr uint32_t kDomain = 202;
-    constexpr uint32_t kRegisterApp = 60621;
+    constexpr uint32_t kRegisterApp = orx::maintaind::service::kRegisterAppMethodId;
     auto provider = std::make_shared<SharedTopicProvider>();
     vcc::RegisterDfxInterface::RegisterDfxConfigInterface(provider);
 
-    const auto desc = Service(0xE000, "1", "/velmar/ap/orx/ORXMaintaindAppService");
+    const auto desc = Service(orx::maintaind::service::kAppServiceId, "1",
+                              std::string(orx::maintaind::service::kAppServicePath));
     auto server = StartServer(kDomain, desc);
     ASSERT_TRUE(server->WaitForLine("READY", kStartTimeout));
 
@@ -243,11 +245,12 @@ TEST(DdsTwoProcess, SharedRegisterAppTopicRepliesReachOnlyTheirClient) {
     {
         std::lock_guard<std::mutex> lock(provider->mutex);
         ASSERT_FALSE(provider->asked.empty());
-        EXPECT_EQ(provider->asked.front().serviceName, "/velmar/ap/orx/ORXMaintaindAppService");
+        EXPECT_EQ(provider->asked.front().serviceName,
+                  std::string(orx::maintaind::service::kAppServicePath));
         EXPECT_EQ(provider->asked.front().instanceId, "1");
         EXPECT_EQ(provider->asked.front().entityId, kRegisterApp);
     }
-    EXPECT_EQ(first->Transport().AnnouncedRequestTopics(0xE000),
+    EXPECT_EQ(first->Transport().AnnouncedRequestTopics(orx::maintaind::service::kAppServiceId),
               (std::set<std::string>{"RegisterAppRequestTopic"}));
 
     for (auto& client : clients) {
@@ -260,7 +263,7 @@ TEST(DdsTwoProcess, SharedRegisterAppTopicRepliesReachOnlyTheirClient) {
 
 TEST(DdsTwoProcess, EventsArriveInOrderWithSequenceNumbers) {
     constexpr uint32_t kDomain = 203;
-    constexpr uint32_t kEvent = 30161;
+    constexpr uint32_t kEvent = orx::maintaind::service::kSwitchLatencyEventId;
     const auto desc = Service(0x1234, "5", "/test/EventService");
     auto server = StartServer(kDomain, desc);
     ASSERT_TRUE(server->WaitForLine("READY", kStartTimeout));

@@ -1,4 +1,5 @@
 #include "orx/test/find_service.h"
+#include "orx/maintaind/service.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -13,8 +14,9 @@ vorx::vcc::ServiceDescription MaintaindService(uint16_t serviceId,
     vorx::vcc::ServiceDescription desc;
     desc.serviceId = serviceId;
     desc.instanceId = "1";
-    desc.serviceName =
-        serviceId == 0xE000 ? paths->GetAppServicePath() : paths->GetToolsServicePath();
+    desc.serviceName = serviceId == orx::maintaind::service::kAppServiceId
+                           ? paths->GetAppServicePath()
+                           : paths->GetToolsServicePath();
     desc.driverType = binding;
     return desc;
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "com_test_util.h"
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/types.h"
 #include "orx/test/log_capture.h"
 #include "vorx/vcc/dds_dfx_config_interface.h"
@@ -100,8 +101,8 @@ ServiceDescription MaintenanceService() {
 
 TEST_F(DriverRegistryTest, MaintenanceServiceOnDdsAsksTheDfxConfigurationFirst) {
     ServiceDescription maintenance = MaintenanceService();
-    maintenance.serviceId = 0xE000;
-    maintenance.serviceName = "/velmar/ap/orx/ORXMaintaindAppService";
+    maintenance.serviceId = orx::maintaind::service::kAppServiceId;
+    maintenance.serviceName = std::string(orx::maintaind::service::kAppServicePath);
     auto config = std::make_shared<RecordingDfxConfig>(true);
     RegisterDfxInterface::RegisterDfxConfigInterface(config);
 
@@ -114,17 +115,18 @@ TEST_F(DriverRegistryTest, MaintenanceServiceOnDdsAsksTheDfxConfigurationFirst) 
     Proxy::StopFindService(search);
     Proxy proxy(found.All().back()[0]);
     auto info = std::make_shared<api::types::MethodInfo>();
-    info->SetEntityId(60621);
+    info->SetEntityId(orx::maintaind::service::kRegisterAppMethodId);
     EXPECT_NE(proxy.InitializeMethodProxy<orx::maintaind::ReturnCode>(info), nullptr);
-    EXPECT_TRUE(proxy.Subscribe<orx::maintaind::LatencySwitch>(30161, nullptr, 10));
+    EXPECT_TRUE(proxy.Subscribe<orx::maintaind::LatencySwitch>(
+        orx::maintaind::service::kSwitchLatencyEventId, nullptr, 10));
 
     const auto asked = config->Asked();
     ASSERT_EQ(asked.size(), 3u);
-    EXPECT_EQ(asked[0].serviceName, "/velmar/ap/orx/ORXMaintaindAppService");
+    EXPECT_EQ(asked[0].serviceName, std::string(orx::maintaind::service::kAppServicePath));
     EXPECT_EQ(asked[0].instanceId, "1");
     EXPECT_EQ(asked[0].entityId, 0u);
-    EXPECT_EQ(asked[1].entityId, 60621u);
-    EXPECT_EQ(asked[2].entityId, 30161u);
+    EXPECT_EQ(asked[1].entityId, orx::maintaind::service::kRegisterAppMethodId);
+    EXPECT_EQ(asked[2].entityId, orx::maintaind::service::kSwitchLatencyEventId);
 
     // Other services are none of its business.
     FoundLists other;
@@ -137,7 +139,7 @@ TEST_F(DriverRegistryTest, MaintenanceServiceOnDdsAsksTheDfxConfigurationFirst) 
 
 TEST_F(DriverRegistryTest, RefusalOfTheDfxConfigurationStopsSearchMethodAndEvent) {
     ServiceDescription maintenance = MaintenanceService();
-    maintenance.serviceId = 0xE000;
+    maintenance.serviceId = orx::maintaind::service::kAppServiceId;
     maintenance.serviceName = "MAINTAIND";
     Skeleton skeleton(maintenance);
     ASSERT_TRUE(skeleton.OfferService());
@@ -150,9 +152,10 @@ TEST_F(DriverRegistryTest, RefusalOfTheDfxConfigurationStopsSearchMethodAndEvent
     EXPECT_EQ(Proxy::StartFindService(found.Handler(), maintenance).id, 0u);
     Proxy proxy(found.All().back()[0]);
     auto info = std::make_shared<api::types::MethodInfo>();
-    info->SetEntityId(60621);
+    info->SetEntityId(orx::maintaind::service::kRegisterAppMethodId);
     EXPECT_EQ(proxy.InitializeMethodProxy<orx::maintaind::ReturnCode>(info), nullptr);
-    EXPECT_FALSE(proxy.Subscribe<orx::maintaind::LatencySwitch>(30161, nullptr, 10));
+    EXPECT_FALSE(proxy.Subscribe<orx::maintaind::LatencySwitch>(
+        orx::maintaind::service::kSwitchLatencyEventId, nullptr, 10));
     EXPECT_EQ(Log().CountContaining(Level::kWarn, "refused by the DFX configuration"), 3u);
     EXPECT_EQ(
         Log().Count(Level::kError, "[Proxy][Method proxy cannot be created][methodEntityId=60621]"),

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "com_test_util.h"
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/types.h"
 #include "orx/test/log_capture.h"
 #include "vorx/vcc/driver/driver_registry.h"
@@ -20,7 +21,7 @@ using orx::maintaind::LatencyMode;
 using orx::maintaind::LatencySwitch;
 using Level = ara::kelda::common::log::LogLevel;
 
-constexpr uint32_t kEventId = 30161;
+constexpr uint32_t kEventId = orx::maintaind::service::kSwitchLatencyEventId;
 constexpr uint32_t kMarkerId = 30162;
 
 LatencySwitch Order(uint16_t serviceId) {

@@ -14,6 +14,7 @@
 
 #include "app/maintaind.h"
 #include "daemon_test_support.h"
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/tools/tools.h"
 #include "orx/test/find_service.h"
 #include "orx/test/log_capture.h"
@@ -66,7 +67,7 @@ class DaemonFixture : public orx::test::LogCaptureTest {
 
     vorx::vcc::Proxy& AppProxy() {
         if (!appProxy_) {
-            auto handle = Find(0xE000);
+            auto handle = Find(orx::maintaind::service::kAppServiceId);
             EXPECT_TRUE(handle.has_value());
             appProxy_ = std::make_unique<vorx::vcc::Proxy>(*handle);
         }
@@ -75,7 +76,8 @@ class DaemonFixture : public orx::test::LogCaptureTest {
 
     // Sends one report through RegisterApp; the reply's code, or nullopt without a reply in 5 s.
     std::optional<uint8_t> Register(const AppRegisterInfo& report) {
-        auto method = AppProxy().InitializeMethodProxy<ReturnCode>(MethodInfo(60621));
+        auto method = AppProxy().InitializeMethodProxy<ReturnCode>(
+            MethodInfo(orx::maintaind::service::kRegisterAppMethodId));
         auto future = method->Request(report);
         if (future.wait_for(5s) != ara::core::future_status::ready) {
             return std::nullopt;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "daemon_fixture.h"
+#include "orx/maintaind/service.h"
 
 namespace orx::maintaind::daemon::test {
 namespace {
@@ -18,10 +19,11 @@ class SwitchListener {
                         std::lock_guard<std::mutex> lock(mutex_);
                         received_.push_back(*sample);
                     },
-                    30161, SIZE_MAX);
+                    orx::maintaind::service::kSwitchLatencyEventId, SIZE_MAX);
             },
-            30161);
-        subscribed_ = proxy_.Subscribe<LatencySwitch>(30161, nullptr, 10);
+            orx::maintaind::service::kSwitchLatencyEventId);
+        subscribed_ = proxy_.Subscribe<LatencySwitch>(
+            orx::maintaind::service::kSwitchLatencyEventId, nullptr, 10);
     }
     bool Subscribed() const { return subscribed_; }
     std::vector<LatencySwitch> Received() {
@@ -64,7 +66,7 @@ class LatencySwitchTest : public DaemonFixture {
 };
 
 TEST_F(LatencySwitchTest, NamedEventIsSwitchedWithItsBindingsAndRecorded) {
-    auto handle = Find(0xE000);
+    auto handle = Find(orx::maintaind::service::kAppServiceId);
     ASSERT_TRUE(handle);
     SwitchListener app(*handle);
     ASSERT_TRUE(app.Subscribed());

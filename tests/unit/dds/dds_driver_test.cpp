@@ -9,6 +9,7 @@
 #include <mutex>
 #include <thread>
 
+#include "orx/maintaind/service.h"
 #include "vorx/driver/dds/dds_driver.h"
 
 namespace {
@@ -262,7 +263,8 @@ namespace {
 TEST(DdsDriver, OneDriverServesAndCallsOverASharedTopic) {
     auto driver = MakeDriver(214);
     ASSERT_TRUE(driver);
-    driver->SetMethodTopics(0x2222, 60621, MethodTopics{"SharedBothWays", "SharedBothWays"});
+    driver->SetMethodTopics(0x2222, orx::maintaind::service::kRegisterAppMethodId,
+                            MethodTopics{"SharedBothWays", "SharedBothWays"});
     Watched<int> requests;
     vcc::ServerCallbacks server = EchoServer(driver);
     auto echo = server.onRequest;
@@ -285,7 +287,7 @@ TEST(DdsDriver, OneDriverServesAndCallsOverASharedTopic) {
     const auto id = driver->Connect(found.Get().front(), callbacks);
     for (uint16_t session = 1; session <= 5; ++session) {
         vcc::MethodCall call;
-        call.entityId = 60621;
+        call.entityId = orx::maintaind::service::kRegisterAppMethodId;
         call.sessionId = session;
         call.payload = vcc::Payload::FromBytes({1});
         ASSERT_TRUE(driver->SendRequest(id, std::move(call)));

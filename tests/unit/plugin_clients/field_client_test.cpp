@@ -1,4 +1,5 @@
 // The field client: its name, its shared members and a sub-record per binding.
+#include "orx/maintaind/service.h"
 #include "orxmaintaind/orx_maintaind_field_client.h"
 #include "plugin_fixture.h"
 
@@ -101,7 +102,7 @@ TEST_F(FieldClientTest, AFailedSendNamesNoFieldAndTheDaemonsOwnFieldsAreNotRepor
     StartDaemon();
     StartClient();
     auto daemonsOwn = Field();
-    daemonsOwn->SetServiceId(0xE001);
+    daemonsOwn->SetServiceId(orx::maintaind::service::kToolsServiceId);
     Core()->RegisterFieldInfoToMaintaind({{DriverType::DDS, daemonsOwn}}, true);
     EXPECT_EQ(Log().Count(LogLevel::kVerbose,
                           "Maybe is orxmaintaind service, or it has field set/get, ignore..."),

@@ -1,4 +1,5 @@
 // The method client: shared members from the first binding, one sub-record per binding.
+#include "orx/maintaind/service.h"
 #include "orxmaintaind/orx_maintaind_method_client.h"
 #include "plugin_fixture.h"
 
@@ -150,7 +151,7 @@ TEST_F(MethodClientTest, ReportedThroughTheCoreUnlessItBelongsToAFieldOrTheDaemo
     getter->SetIsFieldMethod(1);
     Core()->RegisterMethodInfoToMaintaind({{DriverType::DDS, getter}}, true);
     auto daemonsOwn = DdsMethod();
-    daemonsOwn->SetServiceId(0xE000);
+    daemonsOwn->SetServiceId(orx::maintaind::service::kAppServiceId);
     Core()->RegisterMethodInfoToMaintaind({{DriverType::DDS, daemonsOwn}}, true);
     EXPECT_EQ(Log().Count(LogLevel::kVerbose,
                           "Maybe is orxmaintaind service, or it has field set/get, ignore..."),

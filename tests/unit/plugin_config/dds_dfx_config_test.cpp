@@ -1,6 +1,7 @@
 // Each case runs in its own process (orx_add_gtest), so the provider and the configuration
 // reader start fresh and read the orx.json that the case points ORX_CONFIG at.
 #include "config/dds_dfx_config.h"
+#include "orx/maintaind/service.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -23,8 +24,8 @@ using vorx::driver::dds::DDSEventInfo;
 using vorx::driver::dds::DDSMethodInfo;
 using vorx::driver::dds::DDSServiceDiscoveryInfo;
 
-const std::string kAppService = "/velmar/ap/orx/ORXMaintaindAppService";
-const std::string kToolsService = "/velmar/ap/orx/ORXMaintaindToolsService";
+const std::string kAppService = std::string(orx::maintaind::service::kAppServicePath);
+const std::string kToolsService = std::string(orx::maintaind::service::kToolsServicePath);
 
 class DDSDfxConfigTest : public ::testing::Test {
   protected:
@@ -61,13 +62,15 @@ TEST_F(DDSDfxConfigTest, ForeignServiceIsRefusedWithoutTouchingTheRecord) {
     std::string nearMiss = kAppService;
     nearMiss.back() = 'X';
     for (const std::string& name : {std::string("/demo/RadarService"), nearMiss, std::string()}) {
-        const BindIndex index{name, "1", 30161U};
+        const BindIndex index{name, "1", orx::maintaind::service::kSwitchLatencyEventId};
         DDSServiceDiscoveryInfo discovery;
         DDSEventInfo event;
         DDSMethodInfo method;
         EXPECT_FALSE(config->ReadServiceDiscoveryData(index, discovery)) << name;
         EXPECT_FALSE(config->ReadEventData(index, event)) << name;
-        EXPECT_FALSE(config->ReadMethodData({name, "1", 60621U}, method)) << name;
+        EXPECT_FALSE(config->ReadMethodData(
+            {name, "1", orx::maintaind::service::kRegisterAppMethodId}, method))
+            << name;
         EXPECT_EQ(discovery.GetServiceId(), 0U);
         EXPECT_EQ(discovery.GetInstanceId(), "65535");
         EXPECT_FALSE(discovery.GetOfferFilter().has_value());
@@ -110,7 +113,8 @@ TEST_F(DDSDfxConfigTest, FillsBothDiscoveryRecordsWithTheBuiltinNetworkWhenNoneI
     EXPECT_EQ(tools.GetNetwork().first, "BUILTIN_APP_SERVER_FLAG");
 
     DDSEventInfo event;
-    ASSERT_TRUE(config->ReadEventData({kAppService, "1", 30161U}, event));
+    ASSERT_TRUE(config->ReadEventData(
+        {kAppService, "1", orx::maintaind::service::kSwitchLatencyEventId}, event));
     EXPECT_EQ(event.GetNetwork(), std::make_pair(std::string("BUILTIN_APP_SERVER_FLAG"), false));
     EXPECT_TRUE(event.GetResourceAttr().empty());
 }
@@ -121,7 +125,8 @@ TEST_F(DDSDfxConfigTest, EventAndMethodRecordsCarryTopicsAndTheConfiguredNetwork
     auto config = DDSDfxConfig::GetInstance();
 
     DDSEventInfo event;
-    ASSERT_TRUE(config->ReadEventData({kAppService, "3", 30161U}, event));
+    ASSERT_TRUE(config->ReadEventData(
+        {kAppService, "3", orx::maintaind::service::kSwitchLatencyEventId}, event));
     EXPECT_EQ(event.GetTopicName(), "SwitchApplicationLatency");
     EXPECT_EQ(event.GetInstanceId(), "3");
     EXPECT_EQ(event.GetNetwork(), std::make_pair(std::string("127.0.0.1"), true));
@@ -129,7 +134,8 @@ TEST_F(DDSDfxConfigTest, EventAndMethodRecordsCarryTopicsAndTheConfiguredNetwork
     EXPECT_EQ(event.GetTransportQos(), vorx::driver::dds::TransportQosSet{0U});
 
     DDSMethodInfo registerApp;
-    ASSERT_TRUE(config->ReadMethodData({kAppService, "3", 60621U}, registerApp));
+    ASSERT_TRUE(config->ReadMethodData(
+        {kAppService, "3", orx::maintaind::service::kRegisterAppMethodId}, registerApp));
     EXPECT_EQ(registerApp.GetRequestTopicName(), "RegisterAppRequestTopic");
     EXPECT_EQ(registerApp.GetReplyTopicName(), "RegisterAppRequestTopic");
     EXPECT_EQ(registerApp.GetNetwork(), std::make_pair(std::string("127.0.0.1"), true));
@@ -153,9 +159,11 @@ TEST_F(DDSDfxConfigTest, InvalidInstanceIdIsRefusedWithAWarning) {
     DDSServiceDiscoveryInfo discovery;
     EXPECT_FALSE(config->ReadServiceDiscoveryData({kAppService, "12ab", 0U}, discovery));
     DDSEventInfo event;
-    EXPECT_FALSE(config->ReadEventData({kAppService, "65536", 30161U}, event));
+    EXPECT_FALSE(config->ReadEventData(
+        {kAppService, "65536", orx::maintaind::service::kSwitchLatencyEventId}, event));
     DDSMethodInfo method;
-    EXPECT_FALSE(config->ReadMethodData({kAppService, "", 60621U}, method));
+    EXPECT_FALSE(config->ReadMethodData(
+        {kAppService, "", orx::maintaind::service::kRegisterAppMethodId}, method));
     EXPECT_EQ(method.GetRequestTopicName(), "");
 
     EXPECT_EQ(capture_->Count(log::LogLevel::kWarn,
@@ -178,7 +186,8 @@ TEST_F(DDSDfxConfigTest, FirstReadsFromSeveralThreadsInitialiseOnce) {
     for (size_t i = 0; i < networks.size(); ++i) {
         threads.emplace_back([&config, &networks, i]() {
             DDSEventInfo event;
-            if (config->ReadEventData({kAppService, "1", 30161U}, event)) {
+            if (config->ReadEventData(
+                    {kAppService, "1", orx::maintaind::service::kSwitchLatencyEventId}, event)) {
                 networks[i] = event.GetNetwork();
             }
         });

@@ -1,5 +1,6 @@
 // Node registration: the process reports itself once, only after InitializeAll, never for the
 // daemon's own service, and again through the replay when the daemon answered too late.
+#include "orx/maintaind/service.h"
 #include "plugin_fixture.h"
 
 namespace orx::test::plugin {
@@ -41,7 +42,7 @@ TEST_F(NodeRegistrationTest, NothingBeforeInitializeAllAndOneReportForRepeatedRe
 TEST_F(NodeRegistrationTest, TheDaemonsOwnServiceIsNotRegistered) {
     StartDaemon();
     StartClient();
-    Core()->RegisterNodePid(uint16_t{0xE000});
+    Core()->RegisterNodePid(uint16_t{orx::maintaind::service::kAppServiceId});
     Core()->RegisterNodePid(std::string{"MAINTAIND"});
     EXPECT_EQ(
         Log().Count(LogLevel::kDebug, "The service is orxmaintaind, ingore to register pid info."),

@@ -1,14 +1,15 @@
 #include "vorx/vcc/reserve_service.h"
 
+#include "orx/maintaind/service.h"
+
 namespace vorx::vcc {
 
 bool CheckIsReserveServiceId(std::uint16_t serviceId) {
-    return serviceId == kMaintaindAppServiceId || serviceId == kMaintaindToolsServiceId;
+    return orx::maintaind::service::IsMaintenanceServiceId(serviceId);
 }
 
 bool CheckIsReserveServiceName(const std::string& name) {
-    return name == "MAINTAIND" || name == "/velmar/ap/orx/ORXMaintaindAppService" ||
-           name == "/velmar/ap/orx/ORXMaintaindToolsService";
+    return orx::maintaind::service::IsMaintenanceServiceName(name);
 }
 
 }  // namespace vorx::vcc

@@ -1,14 +1,18 @@
 #include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
 
+#include "orx/maintaind/service.h"
+
 namespace vorx {
 namespace vcc {
 namespace orxmaintaind {
 namespace type {
 
+namespace service = orx::maintaind::service;
+
 OrxMaintaindType::OrxMaintaindType()
-    : serviceNames_{"ExecutionService", "StateService", "RecoveryService"},
-      appServicePath_{"/velmar/ap/orx/ORXMaintaindAppService"},
-      toolsServicePath_{"/velmar/ap/orx/ORXMaintaindToolsService"} {}
+    : serviceNames_(service::kPlatformServiceNames.begin(), service::kPlatformServiceNames.end()),
+      appServicePath_{service::kAppServicePath},
+      toolsServicePath_{service::kToolsServicePath} {}
 
 std::shared_ptr<OrxMaintaindType> OrxMaintaindType::GetInstance() {
     static const std::shared_ptr<OrxMaintaindType> instance = std::make_shared<OrxMaintaindType>();

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "ara/core/error_code.h"
+#include "orx/maintaind/service.h"
 #include "orx/maintaind/types.h"
 #include "vorx/vcc/api/types/driver_type.h"
 #include "vorx/vcc/driver/fault_injecting_driver.h"
@@ -73,9 +74,9 @@ struct ScriptedReply {
 // reach it through Faults(). Thread-safe.
 class DaemonDouble {
   public:
-    static constexpr uint16_t kServiceId = 0xE000;
-    static constexpr uint32_t kRegisterAppMethodId = 60621;
-    static constexpr uint32_t kLatencyEventId = 30161;
+    static constexpr uint16_t kServiceId = orx::maintaind::service::kAppServiceId;
+    static constexpr uint32_t kRegisterAppMethodId = orx::maintaind::service::kRegisterAppMethodId;
+    static constexpr uint32_t kLatencyEventId = orx::maintaind::service::kSwitchLatencyEventId;
 
     struct Options {
         std::string instanceId = "1";

@@ -8,16 +8,12 @@
 
 namespace vorx::vcc {
 
-// The maintenance daemon's own services, which never report themselves to the daemon.
-inline constexpr std::uint16_t kMaintaindAppServiceId = 0xE000U;    // application side
-inline constexpr std::uint16_t kMaintaindToolsServiceId = 0xE001U;  // tools side
-
-// True for the service ids of the maintenance daemon (0xE000 and 0xE001).
+// True for the service ids of the maintenance daemon's own services, which never report
+// themselves to the daemon (orx::maintaind::service).
 VCC_EXPORT bool CheckIsReserveServiceId(std::uint16_t serviceId);
 
-// True for the names of the maintenance daemon's services: "MAINTAIND",
-// "/velmar/ap/orx/ORXMaintaindAppService" and "/velmar/ap/orx/ORXMaintaindToolsService".
-// Exact, case-sensitive match.
+// True for the names of the maintenance daemon's services: its short name and its two service
+// paths. Exact, case-sensitive match.
 VCC_EXPORT bool CheckIsReserveServiceName(const std::string& name);
 
 }  // namespace vorx::vcc

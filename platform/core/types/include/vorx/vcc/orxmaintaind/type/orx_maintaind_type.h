@@ -14,16 +14,16 @@ namespace type {
 
 // The maintenance daemon's services as the core names them: the service the
 // applications report to and the service the tools query. Built once, shared,
-// read only.
+// read only. The values come from orx::maintaind::service.
 class VCC_EXPORT OrxMaintaindType {
   public:
     static std::shared_ptr<OrxMaintaindType> GetInstance();
 
     // Services of the platform's own management that the daemon watches.
     const std::set<std::string>& GetServiceNames() const { return serviceNames_; }
-    // "/velmar/ap/orx/ORXMaintaindAppService"
+    // Path of the application-side service.
     const std::string& GetAppServicePath() const { return appServicePath_; }
-    // "/velmar/ap/orx/ORXMaintaindToolsService"
+    // Path of the tools-side service.
     const std::string& GetToolsServicePath() const { return toolsServicePath_; }
 
     OrxMaintaindType();
