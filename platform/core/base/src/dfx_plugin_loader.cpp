@@ -4,17 +4,17 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <mutex>
 
 #include "ara/kelda/common/log/log.h"
 #include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/register_dfx_interface.h"
 
 namespace vorx::vcc {
 namespace {
 
 struct LoaderState {
-    std::mutex mutex;                 // serialises Load
+    orx::sync::Mutex mutex;           // serialises Load
     std::atomic<bool> loaded{false};  // read without the lock: the plug-in may ask while loading
 };
 
@@ -39,7 +39,7 @@ std::string ResolvePath(const std::string& path) {
 
 bool DfxPluginLoader::Load(const std::string& path) {
     LoaderState& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    orx::sync::MutexLock lock(state.mutex);
     if (state.loaded.load()) {
         return true;
     }
