@@ -6,6 +6,7 @@
 
 #include "ara/kelda/common/log/log.h"
 #include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 namespace {
@@ -75,7 +76,7 @@ std::string DriverRegistry::ConfiguredName(DriverType binding) const {
 }
 
 std::shared_ptr<InProcessDriver> DriverRegistry::GetInProcessDriver() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (!inProcess_) {
         inProcess_ = std::make_shared<InProcessDriver>();
     }
@@ -84,14 +85,14 @@ std::shared_ptr<InProcessDriver> DriverRegistry::GetInProcessDriver() {
 
 std::shared_ptr<Driver> DriverRegistry::GetDriver(DriverType binding) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const auto& driver = drivers_[IndexOf(binding)];
         if (driver) {
             return driver;
         }
     }
     std::shared_ptr<Driver> made = Create(binding);
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto& slot = drivers_[IndexOf(binding)];
     if (!slot) {
         slot = std::move(made);
@@ -104,7 +105,7 @@ std::shared_ptr<Driver> DriverRegistry::Create(DriverType binding) {
     if (name != kInProcessName) {
         Factory factory;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto made = made_.find(name);
             if (made != made_.end()) {
                 return made->second;
@@ -116,7 +117,7 @@ std::shared_ptr<Driver> DriverRegistry::Create(DriverType binding) {
         }
         std::shared_ptr<Driver> driver = factory ? factory() : nullptr;
         if (driver) {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             return made_.emplace(name, std::move(driver)).first->second;
         }
         ara::kelda::common::log::Log::GetLog("CM")->LogWarn()
@@ -127,12 +128,12 @@ std::shared_ptr<Driver> DriverRegistry::Create(DriverType binding) {
 }
 
 void DriverRegistry::SetDriver(DriverType binding, std::shared_ptr<Driver> driver) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     drivers_[IndexOf(binding)] = std::move(driver);
 }
 
 void DriverRegistry::RegisterFactory(const std::string& name, Factory factory) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     factories_[name] = std::move(factory);
 }
 

@@ -5,9 +5,9 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/api/types/driver_type.h"
 #include "vorx/vcc/driver/driver.h"
 #include "vorx/vcc/driver/in_process_driver.h"
@@ -54,11 +54,11 @@ class VCC_EXPORT DriverRegistry {
   private:
     std::shared_ptr<Driver> Create(api::types::DriverType binding);
 
-    mutable std::mutex mutex_;
-    std::shared_ptr<InProcessDriver> inProcess_;           // guarded by mutex_
-    std::array<std::shared_ptr<Driver>, 3> drivers_;       // guarded by mutex_
-    std::map<std::string, Factory> factories_;             // guarded by mutex_
-    std::map<std::string, std::shared_ptr<Driver>> made_;  // guarded by mutex_: one per factory
+    mutable orx::sync::Mutex mutex_;
+    std::shared_ptr<InProcessDriver> inProcess_ GUARDED_BY(mutex_);
+    std::array<std::shared_ptr<Driver>, 3> drivers_ GUARDED_BY(mutex_);
+    std::map<std::string, Factory> factories_ GUARDED_BY(mutex_);
+    std::map<std::string, std::shared_ptr<Driver>> made_ GUARDED_BY(mutex_);  // one per factory
 };
 
 }  // namespace vorx::vcc
