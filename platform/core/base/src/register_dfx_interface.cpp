@@ -13,6 +13,17 @@ struct Registry {
     std::shared_ptr<OrxMaintaindInterface> client GUARDED_BY(mutex);
     std::uint32_t configCount GUARDED_BY(mutex) = 0;
     std::uint32_t clientCount GUARDED_BY(mutex) = 0;
+
+    // Replaces the object in `slot` (config or client), counts non-null objects and returns the
+    // object replaced, for the caller to drop after unlocking.
+    template <typename T>
+    std::shared_ptr<T> Exchange(std::shared_ptr<T>& slot, std::uint32_t& count,
+                                std::shared_ptr<T> object) REQUIRES(mutex) {
+        if (object) {
+            ++count;
+        }
+        return std::exchange(slot, std::move(object));
+    }
 };
 
 Registry& TheRegistry();
@@ -43,17 +54,6 @@ Registry& TheRegistry() {
     return *registry;
 }
 
-// Replaces the object in `slot` (a member of the registry, whose lock the caller holds), counts
-// non-null objects and returns the object replaced, for the caller to drop after unlocking.
-template <typename T>
-std::shared_ptr<T> Exchange(std::shared_ptr<T>& slot, std::uint32_t& count,
-                            std::shared_ptr<T> object) {
-    if (object) {
-        ++count;
-    }
-    return std::exchange(slot, std::move(object));
-}
-
 }  // namespace
 
 void RegisterDfxInterface::RegisterDfxConfigInterface(
@@ -61,7 +61,7 @@ void RegisterDfxInterface::RegisterDfxConfigInterface(
     Registry& registry = TheRegistry();
     std::shared_ptr<DDSDfxConfigInterface> previous;  // dies after the lock is released
     orx::sync::MutexLock lock(registry.mutex);
-    previous = Exchange(registry.config, registry.configCount, std::move(config));
+    previous = registry.Exchange(registry.config, registry.configCount, std::move(config));
 }
 
 void RegisterDfxInterface::RegisterOrxMaintaindInterface(
@@ -69,7 +69,7 @@ void RegisterDfxInterface::RegisterOrxMaintaindInterface(
     Registry& registry = TheRegistry();
     std::shared_ptr<OrxMaintaindInterface> previous;  // dies after the lock is released
     orx::sync::MutexLock lock(registry.mutex);
-    previous = Exchange(registry.client, registry.clientCount, std::move(client));
+    previous = registry.Exchange(registry.client, registry.clientCount, std::move(client));
 }
 
 std::shared_ptr<DDSDfxConfigInterface> RegisterDfxInterface::GetDfxConfigInterface() {
