@@ -20,8 +20,8 @@ class RecordFiller {
     template <class T>
     void Fill(T& value) {
         if constexpr (orx::maintaind::IsRecordV<T>) {
-            orx::maintaind::VisitMembers(value,
-                                         [this](auto /*name*/, auto& member) { Fill(member); });
+            orx::maintaind::VisitMembers(
+                value, [this](auto /*name*/, auto& member) { this->Fill(member); });
         } else if constexpr (std::is_same_v<T, bool>) {
             value = (next_++ % 2) == 0;
         } else if constexpr (std::is_enum_v<T>) {
