@@ -1,12 +1,13 @@
 # Strict warnings for our own targets only; third-party headers are included
 # as system headers and stay quiet. Under clang, -Wthread-safety checks the lock annotations
 # of <orx/sync/thread_annotations.h>, so touching a GUARDED_BY member without its lock fails the
-# build.
+# build; -Wthread-safety-beta adds the lock order (ACQUIRED_AFTER).
+set(ORX_THREAD_SAFETY_FLAGS -Wthread-safety -Wthread-safety-beta)
 function(orx_target_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Werror
     -Wnon-virtual-dtor -Wno-unknown-pragmas)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    target_compile_options(${target} PRIVATE -Wthread-safety)
+    target_compile_options(${target} PRIVATE ${ORX_THREAD_SAFETY_FLAGS})
   else()
     target_compile_options(${target} PRIVATE -Wshadow=local)
   endif()
