@@ -347,7 +347,9 @@ class DdsTransport::Impl {
         uint16_t serviceId;
         std::shared_ptr<Slot> slot;
     };
-    // Held while the handlers of one role run (see Drain).
+    // Held while the handlers of one role run (see Drain). Recursive, because a handler may
+    // drain again on its own thread; they guard no member, so they stay standard mutexes (clang's
+    // lock check has no recursive kind).
     std::recursive_mutex serverCalls_;
     std::recursive_mutex clientCalls_;
 

@@ -27,7 +27,7 @@ class CAPABILITY("mutex") Mutex {
 
     // Blocks until the calling thread holds the lock. A thread that already holds it deadlocks.
     void Lock() ACQUIRE() { mutex_.lock(); }
-    // REQUIRES: the calling thread holds the lock.
+    // The calling thread must hold the lock.
     void Unlock() RELEASE() { mutex_.unlock(); }
     // Takes the lock if it is free; true when the calling thread now holds it.
     bool TryLock() TRY_ACQUIRE(true) { return mutex_.try_lock(); }
@@ -54,12 +54,12 @@ class SCOPED_CAPABILITY MutexLock {
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
 
-    // REQUIRES: this scope holds the lock.
+    // This scope must hold the lock.
     void Unlock() RELEASE() {
         mutex_.Unlock();
         held_ = false;
     }
-    // REQUIRES: this scope released the lock with Unlock.
+    // This scope must have released the lock with Unlock.
     void Lock() ACQUIRE() {
         mutex_.Lock();
         held_ = true;
