@@ -75,14 +75,16 @@ class EventChannelTest : public orx::test::LogCaptureTest,
         return samples;
     }
 
+    // Declared before the proxy, so a handler run that is still queued when the test body ends
+    // finds it alive until the proxy has stopped its event thread.
+    HandlerCalls calls_;
     std::unique_ptr<Skeleton> skeleton_;
     std::unique_ptr<Proxy> proxy_;
 };
 
 TEST_P(EventChannelTest, CacheKeepsTheNewestInOrderAndMaxCountLimitsOneRead) {
-    HandlerCalls calls;
     proxy_->SetEventThreadNumber(0, 1024);
-    proxy_->SetReceiveHandler([&calls] { calls.Call(); }, kEventId);
+    proxy_->SetReceiveHandler([this] { calls_.Call(); }, kEventId);
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 3));
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kMarkerId, nullptr, 1));
 
@@ -103,9 +105,9 @@ TEST_P(EventChannelTest, CacheKeepsTheNewestInOrderAndMaxCountLimitsOneRead) {
     EXPECT_TRUE(Drain(10).empty());
 
     // The handler ran, on the proxy's event thread, not on the publisher's.
-    ASSERT_TRUE(calls.WaitFor(1));
-    std::lock_guard<std::mutex> lock(calls.mutex);
-    for (const auto& thread : calls.threads) {
+    ASSERT_TRUE(calls_.WaitFor(1));
+    std::lock_guard<std::mutex> lock(calls_.mutex);
+    for (const auto& thread : calls_.threads) {
         EXPECT_NE(thread, std::this_thread::get_id());
     }
 }
