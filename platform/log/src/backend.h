@@ -38,9 +38,10 @@ class Backend {
     LogLevel ConsoleThreshold() const;
     void RefreshThresholds();
 
-    // Log::InitLog.
-    void Configure(const std::string& appId, const std::string& contextId, LogLevel level,
-                   const std::string& description);
+    // Log::SetUp: false, changing nothing, when the process set its logging up before.
+    bool SetUp(const LogSetup& setup);
+    // Log::InitLog: SetUp with ORX_LOG_LEVEL and ORX_LOG_FILE applied.
+    void InitFromEnvironment(LogSetup setup);
     std::shared_ptr<Log> GetLog(const std::string& contextId);
     std::string DefaultContext() const;
 
@@ -52,7 +53,8 @@ class Backend {
     mutable std::mutex mutex_;  // guards everything below up to registryMutex_, and all Writes
     std::vector<std::shared_ptr<LogSink>> sinks_;
     std::shared_ptr<ConsoleSink> console_;
-    std::shared_ptr<FileSink> file_;  // from ORX_LOG_FILE, also in sinks_
+    std::shared_ptr<FileSink> file_;  // from the set-up, also in sinks_
+    bool setUp_ = false;              // the first SetUp or InitLog happened
     std::string appId_;
     std::string defaultContext_;
     std::string description_;

@@ -29,6 +29,7 @@
 #include <thread>
 #include <vector>
 
+#include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
 #include "vorx/driver/dds/dds_driver.h"
 
 namespace {
@@ -172,6 +173,13 @@ int main(int argc, char** argv) {
                      "[requests]\n";
         return 2;
     }
+    // Hands the DDS driver its settings from orx.json and the environment, as a process's
+    // start-up does.
+    namespace config = ara::kelda::common::orxConfigParser;
+    const auto file = config::ParseJsonToGetConfig::GetInstance();
+    config::ConfigReader reader(file->Document(), file->FilePath());
+    vorx::driver::dds::SetProcessParticipantSettings(vorx::driver::dds::LoadParticipantSettings(
+        &reader, file->GetNetworkIp(), config::ProcessEnvironment()));
     auto driver = DdsDriver::GetShared();
     if (!driver) {
         Say("FAILED dds");

@@ -18,6 +18,7 @@
 #include "orx/maintaind/types.h"
 #include "orx/test/daemon_double.h"
 #include "vorx/driver/dds/dds_entity_info.h"
+#include "vorx/vcc/application_name.h"
 #include "vorx/vcc/dfx_plugin_loader.h"
 #include "vorx/vcc/orx_maintaind_interface.h"
 #include "vorx/vcc/register_dfx_interface.h"
@@ -104,6 +105,7 @@ template <typename Scenario>
         ::testing::TempDir() + "plugin_lifecycle_" + std::to_string(getpid()) + ".json";
     std::ofstream(config) << R"({"application": {"name": "LifecycleApp"}})";
     setenv("ORX_CONFIG", config.c_str(), 1);
+    vorx::vcc::ApplicationName::Configure("LifecycleApp");  // as a process's start-up does
     report.sink = std::make_shared<CaptureSink>();
     ara::kelda::common::log::AddSink(report.sink);
     DaemonDouble::Options options;

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "ara/kelda/common/log/log_level.h"
 #include "orx/maintaind/types.h"
 #include "orx/test/daemon_double.h"
@@ -21,6 +23,7 @@
 #include "orxmaintaind/orx_maintaind_client.h"
 #include "vorx/driver/dds/dds_entity_info.h"
 #include "vorx/driver/someip/someip_entity_info.h"
+#include "vorx/vcc/application_name.h"
 #include "vorx/vcc/orx_maintaind_interface.h"
 #include "vorx/vcc/register_dfx_interface.h"
 
@@ -72,11 +75,15 @@ class PluginFixture : public ::testing::Test {
     }
     void TearDown() override { unlink(configPath_.c_str()); }
 
-    // Replaces orx.json. The shared configuration is read once, on first use, so call this before
-    // the daemon double or the client starts.
+    // Replaces orx.json, and hands its application name to the core as a process's start-up does.
+    // The shared configuration is read once, on first use, so call this before the daemon double
+    // or the client starts.
     void WriteConfig(const std::string& json) {
         std::ofstream(configPath_, std::ios::trunc) << json;
         setenv("ORX_CONFIG", configPath_.c_str(), 1);
+        vorx::vcc::ApplicationName::Configure(nlohmann::json::parse(json)
+                                                  .value("application", nlohmann::json::object())
+                                                  .value("name", ""));
     }
 
     void StartDaemon(bool offer = true) {

@@ -17,6 +17,7 @@
 #include "orx/test/daemon_double.h"
 #include "orx/test/log_capture.h"
 #include "orxmaintaind/orx_maintaind_client.h"
+#include "vorx/vcc/application_name.h"
 
 namespace orx::test::latency {
 
@@ -34,6 +35,7 @@ class DaemonFixture : public ::testing::Test {
         configPath_ = ::testing::TempDir() + "plugin_latency_" + std::to_string(getpid()) + ".json";
         std::ofstream(configPath_) << R"({"application": {"name": ")" << kAppName << R"("}})";
         setenv("ORX_CONFIG", configPath_.c_str(), 1);
+        vorx::vcc::ApplicationName::Configure(kAppName);  // as a process's start-up does
         daemon_ = std::make_unique<DaemonDouble>();
     }
     void TearDown() override {
