@@ -9,7 +9,6 @@
 
 #include "all_records.h"
 #include "orx/maintaind/types.h"
-#include "record_filler.h"
 #include "vorx/serialize/cdr.h"
 
 namespace orx::maintaind::test {
@@ -40,21 +39,12 @@ TYPED_TEST(CdrRoundTrip, FullyPopulatedRecordDecodesEqualAndSizesAgree) {
 }
 
 TYPED_TEST(CdrRoundTrip, DecodingOverAPopulatedRecordReplacesEveryMember) {
-    const TypeParam small = Filled<TypeParam>(0, 1);
-    TypeParam target = Filled<TypeParam>(1, 3);
-    auto status = Decode(Encode(small), target);
-    ASSERT_TRUE(status.ok()) << status.Message();
-    EXPECT_EQ(target, small);
-}
-
-TYPED_TEST(CdrRoundTrip, DefaultRecordRoundTrips) {
-    const TypeParam original{};
-    const std::vector<uint8_t> bytes = Encode(original);
-    EXPECT_EQ(EncodedSize(original), bytes.size());
-    TypeParam decoded = Filled<TypeParam>(1);
-    auto status = Decode(bytes, decoded);
-    ASSERT_TRUE(status.ok()) << status.Message();
-    EXPECT_EQ(decoded, original);
+    for (const TypeParam& small : {Filled<TypeParam>(0, 1), TypeParam{}}) {
+        TypeParam target = Filled<TypeParam>(1, 3);
+        auto status = Decode(Encode(small), target);
+        ASSERT_TRUE(status.ok()) << status.Message();
+        EXPECT_EQ(target, small);
+    }
 }
 
 TYPED_TEST(CdrRoundTrip, EveryProperPrefixIsRejectedAsShort) {
