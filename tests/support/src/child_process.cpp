@@ -1,16 +1,53 @@
 #include "orx/test/child_process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 
-#include "environment.h"
+extern char** environ;
 
 namespace orx::test {
+namespace {
+
+// "NAME=value" entries of this process's environment with `changes` applied.
+std::vector<std::string> EnvironmentWith(const EnvChanges& changes) {
+    std::map<std::string, std::string> all;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const std::string text = *entry;
+        const size_t equals = text.find('=');
+        all[text.substr(0, equals)] = equals == std::string::npos ? "" : text.substr(equals + 1);
+    }
+    for (const auto& [name, value] : changes) {
+        if (value.empty()) {
+            all.erase(name);
+        } else {
+            all[name] = value;
+        }
+    }
+    std::vector<std::string> entries;
+    for (const auto& [name, value] : all) {
+        entries.push_back(name + "=" + value);
+    }
+    return entries;
+}
+
+// A null-terminated char* array over `texts`, as exec functions take it.
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+}  // namespace
 
 ChildProcess::ChildProcess(Options options) : options_(std::move(options)) {
     if (options_.name.empty() && !options_.argv.empty()) {
@@ -20,40 +57,45 @@ ChildProcess::ChildProcess(Options options) : options_(std::move(options)) {
     if (!options_.netns.empty()) {
         argv.insert(argv.begin(), {"ip", "netns", "exec", options_.netns});
     }
-    int input[2];
-    int output[2];
-    if (argv.empty() || pipe2(input, O_CLOEXEC) != 0) {
-        return;
+    int pipes[3][2];  // standard input, output, error
+    int made = 0;
+    while (made < 3 && pipe2(pipes[made], O_CLOEXEC) == 0) {
+        ++made;
     }
-    if (pipe2(output, O_CLOEXEC) != 0) {
-        close(input[0]);
-        close(input[1]);
+    if (argv.empty() || made < 3) {
+        for (int i = 0; i < made; ++i) {
+            close(pipes[i][0]);
+            close(pipes[i][1]);
+        }
         return;
     }
     // Everything the child needs is prepared before fork: only async-signal-safe calls after it.
-    CStrings args(argv);
-    CStrings envp(EnvironmentWith(options_.env));
+    std::vector<std::string> env = EnvironmentWith(options_.env);
+    const std::vector<char*> args = Pointers(argv);
+    const std::vector<char*> envp = Pointers(env);
     pid_ = fork();
     if (pid_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);  // ends with the test, however that ends
-        dup2(input[0], STDIN_FILENO);
-        dup2(output[1], STDOUT_FILENO);
-        dup2(output[1], STDERR_FILENO);
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        dup2(pipes[0][0], STDIN_FILENO);
+        dup2(pipes[1][1], STDOUT_FILENO);
+        dup2(pipes[2][1], STDERR_FILENO);
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
-        execvpe(args.Get()[0], args.Get(), envp.Get());
+        execvpe(args[0], args.data(), envp.data());
         _exit(127);
     }
-    close(input[0]);
-    close(output[1]);
+    close(pipes[0][0]);
+    close(pipes[1][1]);
+    close(pipes[2][1]);
     if (pid_ < 0) {
-        close(input[1]);
-        close(output[0]);
+        close(pipes[0][1]);
+        close(pipes[1][0]);
+        close(pipes[2][0]);
         return;
     }
-    stdinFd_ = input[1];
-    reader_ = std::thread([this, fd = output[0]] { ReadOutput(fd); });
+    stdinFd_ = pipes[0][1];
+    reader_ = std::thread([this, out = pipes[1][0], err = pipes[2][0]] { ReadOutput(out, err); });
 }
 
 ChildProcess::~ChildProcess() {
@@ -64,6 +106,15 @@ ChildProcess::~ChildProcess() {
     if (stdinFd_ >= 0) {
         close(stdinFd_);
     }
+    FinishOutput();
+}
+
+void ChildProcess::FinishOutput() {
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, std::chrono::seconds(2), [this] { return outputClosed_; });
+    }
+    stopReading_ = true;
     if (reader_.joinable()) {
         reader_.join();
     }
@@ -81,33 +132,49 @@ void ChildProcess::Signal(int signal) const {
     }
 }
 
-void ChildProcess::ReadOutput(int fd) {
-    std::string pending;
-    char buffer[4096];
-    while (true) {
-        const ssize_t count = read(fd, buffer, sizeof(buffer));
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
+void ChildProcess::ReadOutput(int out, int err) {
+    std::string pending[2];
+    pollfd fds[2] = {{out, POLLIN, 0}, {err, POLLIN, 0}};
+    // Until both close; after the child's end only a while (something it started may hold them).
+    while ((fds[0].fd >= 0 || fds[1].fd >= 0) && !stopReading_) {
+        if (poll(fds, 2, 100) < 0 && errno != EINTR) {
             break;
         }
-        pending.append(buffer, static_cast<size_t>(count));
-        size_t newline = 0;
-        while ((newline = pending.find('\n')) != std::string::npos) {
-            {
-                std::lock_guard<std::mutex> lock(mutex_);
-                lines_.push_back(pending.substr(0, newline));
+        for (int i = 0; i < 2; ++i) {
+            char buffer[4096];
+            if (fds[i].fd < 0 || fds[i].revents == 0) {
+                continue;
             }
-            pending.erase(0, newline + 1);
-            changed_.notify_all();
+            const ssize_t count = read(fds[i].fd, buffer, sizeof(buffer));
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count <= 0) {
+                close(fds[i].fd);
+                fds[i].fd = -1;  // poll skips negative descriptors
+                continue;
+            }
+            std::lock_guard<std::mutex> lock(mutex_);
+            (i == 0 ? outText_ : errText_).append(buffer, static_cast<size_t>(count));
+            pending[i].append(buffer, static_cast<size_t>(count));
+            for (size_t newline; (newline = pending[i].find('\n')) != std::string::npos;) {
+                lines_.push_back(pending[i].substr(0, newline));
+                pending[i].erase(0, newline + 1);
+            }
+        }
+        changed_.notify_all();
+    }
+    for (const pollfd& fd : fds) {
+        if (fd.fd >= 0) {
+            close(fd.fd);
         }
     }
-    close(fd);
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        if (!pending.empty()) {
-            lines_.push_back(pending);
+        for (const std::string& rest : pending) {
+            if (!rest.empty()) {
+                lines_.push_back(rest);
+            }
         }
         outputClosed_ = true;
     }
@@ -155,24 +222,48 @@ std::string ChildProcess::Output() const {
 }
 
 std::optional<int> ChildProcess::WaitForExit(std::chrono::milliseconds timeout) {
-    if (exitStatus_ || pid_ <= 0) {
-        return exitStatus_;
-    }
     const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (true) {
+    while (!exitStatus_ && pid_ > 0) {
         int status = 0;
-        const pid_t done = waitpid(pid_, &status, WNOHANG);
+        rusage usage{};
+        const pid_t done = wait4(pid_, &status, WNOHANG, &usage);
         if (done == pid_) {
-            exitStatus_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-            return exitStatus_;
+            exitedNormally_ = WIFEXITED(status);
+            exitStatus_ = exitedNormally_ ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+            const auto micros = [](const timeval& time) {
+                return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+            };
+            cpu_ = micros(usage.ru_utime) + micros(usage.ru_stime);
+        } else if (done < 0 || std::chrono::steady_clock::now() >= deadline) {
+            break;
+        } else {
+            // wait4 has no timeout; the reader thread sees the output close when the child ends.
+            std::unique_lock<std::mutex> lock(mutex_);
+            changed_.wait_for(lock, std::chrono::milliseconds(5), [this] { return outputClosed_; });
         }
-        if (done < 0 || std::chrono::steady_clock::now() >= deadline) {
-            return std::nullopt;
-        }
-        // waitpid has no timeout; the reader thread sees the output close when the child ends.
-        std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait_for(lock, std::chrono::milliseconds(20), [this] { return outputClosed_; });
     }
+    return exitStatus_;
+}
+
+RunResult RunToEnd(const std::vector<std::string>& argv, const EnvChanges& env,
+                   std::chrono::milliseconds limit) {
+    const auto start = std::chrono::steady_clock::now();
+    ChildProcess child({argv, env, "", ""});
+    close(child.stdinFd_);
+    child.stdinFd_ = -1;
+    RunResult result;
+    if (!child.WaitForExit(limit)) {
+        child.Signal(SIGKILL);
+        child.WaitForExit(std::chrono::seconds(10));
+    }
+    result.wall = std::chrono::duration_cast<std::chrono::microseconds>(
+        std::chrono::steady_clock::now() - start);
+    child.FinishOutput();
+    result.exitCode = child.exitedNormally_ ? *child.exitStatus_ : -1;
+    result.out = child.outText_;
+    result.err = child.errText_;
+    result.cpu = child.cpu_;
+    return result;
 }
 
 }  // namespace orx::test

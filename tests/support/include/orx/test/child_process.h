@@ -5,6 +5,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -21,10 +22,19 @@ namespace orx::test {
 // empty value is removed.
 using EnvChanges = std::map<std::string, std::string>;
 
+// What a program run to its end left behind.
+struct RunResult {
+    int exitCode = -1;  // -1 when it did not exit normally (killed at the limit, crashed)
+    std::string out;
+    std::string err;
+    std::chrono::microseconds wall{0};  // from start to exit
+    std::chrono::microseconds cpu{0};   // the child's user and system time
+};
+
 // A running child process. Its standard input is a pipe the test writes lines to; its standard
-// output and error are read, one line at a time, into memory by a thread of this object.
-// The destructor kills (SIGKILL) and reaps the child if it still runs. Not thread-safe, except
-// that the output may be read while the child writes it.
+// output and error are read, one line at a time, into memory by a thread of this object. It ends
+// when the test ends (SIGKILL on the test's death); the destructor kills (SIGKILL) and reaps it
+// if it still runs. Not thread-safe, except that the output may be read while the child writes.
 class ChildProcess {
   public:
     struct Options {
@@ -64,30 +74,30 @@ class ChildProcess {
     bool Running() { return Started() && !WaitForExit(std::chrono::milliseconds(0)); }
 
   private:
-    void ReadOutput(int fd);
+    friend RunResult RunToEnd(const std::vector<std::string>&, const EnvChanges&,
+                              std::chrono::milliseconds);
+    void ReadOutput(int out, int err);
+    // Lets the reader take the rest of the output, then ends it.
+    void FinishOutput();
 
     Options options_;
     pid_t pid_{-1};
     int stdinFd_{-1};
     std::optional<int> exitStatus_;
+    bool exitedNormally_{false};
+    std::chrono::microseconds cpu_{0};
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
     std::vector<std::string> lines_;  // guarded by mutex_
+    std::string outText_;             // guarded by mutex_
+    std::string errText_;             // guarded by mutex_
     bool outputClosed_{false};        // guarded by mutex_
+    std::atomic<bool> stopReading_{false};
     std::thread reader_;
 };
 
-// What a program run to its end left behind.
-struct RunResult {
-    int exitCode = -1;  // -1 when it did not exit normally (killed at the limit, crashed)
-    std::string out;
-    std::string err;
-    std::chrono::microseconds wall{0};  // from start to exit
-    std::chrono::microseconds cpu{0};   // the child's user and system time
-};
-
-// Runs `argv` (argv[0] a path) with the environment changed by `env`, standard input closed.
-// Kills the child when it runs past `limit`.
+// Runs `argv` with the environment changed by `env`, standard input closed. Kills the child when
+// it runs past `limit`.
 RunResult RunToEnd(const std::vector<std::string>& argv, const EnvChanges& env,
                    std::chrono::milliseconds limit);
 

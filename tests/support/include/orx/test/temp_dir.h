@@ -3,6 +3,7 @@
 #define ORX_TEST_TEMP_DIR_H
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -11,7 +12,8 @@
 namespace orx::test {
 
 // A fresh folder under $TMPDIR (or /tmp), removed with everything in it by the destructor unless
-// Keep() was called (to look at what a failed test left). Path() is empty when none could be made.
+// Keep() was called (to look at what a failed test left). Only the process that made it removes
+// it, not a forked child that exits. Path() is empty when none could be made.
 class TempDir {
   public:
     explicit TempDir(const std::string& prefix = "orx-test") {
@@ -21,7 +23,7 @@ class TempDir {
         path_ = mkdtemp(pattern.data()) != nullptr ? pattern : std::string();
     }
     ~TempDir() {
-        if (!path_.empty() && !keep_) {
+        if (!path_.empty() && !keep_ && getpid() == owner_) {
             std::error_code ignored;
             std::filesystem::remove_all(path_, ignored);
         }
@@ -36,6 +38,7 @@ class TempDir {
   private:
     std::string path_;
     bool keep_ = false;
+    pid_t owner_ = getpid();
 };
 
 }  // namespace orx::test
