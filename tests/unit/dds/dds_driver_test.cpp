@@ -235,21 +235,32 @@ TEST(DdsDriver, EventsReachSubscribersOfTheSameService) {
         found.Change([&](auto& list) { list = handles; });
     });
     ASSERT_TRUE(found.WaitFor([](const auto& list) { return list.size() == 1; }));
-    Watched<std::vector<uint64_t>> sequences;
+    Watched<std::vector<vcc::EventSample>> samples;
     vcc::ClientCallbacks callbacks;
     callbacks.onEvent = [&](const vcc::EventSample& sample) {
-        sequences.Change([&](auto& all) { all.push_back(sample.sequence); });
+        samples.Change([&](auto& all) { all.push_back(sample); });
     };
     const auto id = client->Connect(found.Get().front(), callbacks);
     ASSERT_TRUE(client->Subscribe(id, 9));
-    for (int i = 0; i < 5; ++i) {
+    const long before = static_cast<long>(vorx::driver::dds::MonotonicNowNs());
+    for (uint8_t i = 1; i <= 5; ++i) {
         vcc::EventSample sample;
         sample.entityId = 9;
-        sample.payload = vcc::Payload::FromBytes({1, 2, 3});
+        sample.payload = vcc::Payload::FromBytes({i, 2, 3});
         EXPECT_TRUE(server->Publish(provider, std::move(sample)));
     }
-    EXPECT_TRUE(sequences.WaitFor([](const auto& all) { return all.size() == 5; }))
-        << sequences.Get().size();
+    ASSERT_TRUE(samples.WaitFor([](const auto& all) { return all.size() == 5; }))
+        << samples.Get().size();
+    const long after = static_cast<long>(vorx::driver::dds::MonotonicNowNs());
+    // In order, numbered, and stamped with the sender's monotonic time (the latency figures).
+    const auto all = samples.Get();
+    for (size_t i = 0; i < all.size(); ++i) {
+        EXPECT_EQ(all[i].entityId, 9U);
+        EXPECT_EQ(all[i].sequence, i + 1);
+        EXPECT_EQ(all[i].payload.GetBytes().at(0), i + 1);
+        EXPECT_GE(all[i].sendTimeNs, before);
+        EXPECT_LE(all[i].sendTimeNs, after);
+    }
     client->Disconnect(id);
     client->StopFind(find);
 }
