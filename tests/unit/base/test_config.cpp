@@ -1,16 +1,34 @@
 #include "test_config.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
 
+#include "orx/test/temp_dir.h"
+
 namespace vorx::vcc::test {
 
+namespace {
+
+// The folder of this test process's files, removed at its exit. Death-test children find it in
+// the environment and write there too.
+const std::string& Folder() {
+    static const std::string path = [] {
+        if (const char* inherited = getenv("VCC_BASE_TEST_DIR")) {
+            return std::string(inherited);
+        }
+        static const orx::test::TempDir folder("vcc-base-test");
+        setenv("VCC_BASE_TEST_DIR", folder.Path().c_str(), 1);
+        return folder.Path();
+    }();
+    return path;
+}
+
+}  // namespace
+
 std::string WriteConfigFile(const std::string& name, const std::string& json) {
-    const std::string path =
-        testing::TempDir() + "vcc_base_" + std::to_string(getpid()) + "_" + name + ".json";
+    const std::string path = Folder() + "/" + name + ".json";
     std::ofstream(path) << json;
     return path;
 }

@@ -7,7 +7,7 @@ namespace vorx::vcc::test {
 
 inline constexpr const char* kTestAppName = "base-test-app";
 
-// Writes `json` to a fresh file in the test's temporary directory and returns its path.
+// Writes `json` to a file in a folder of the test process, removed at its exit; returns its path.
 std::string WriteConfigFile(const std::string& name, const std::string& json);
 
 // Makes ORX_CONFIG name a file with `json`, for a process whose configuration has not been read
