@@ -6,9 +6,9 @@
 #include <functional>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "orx/test/wait.h"
 #include "vorx/vcc/handle_type.h"
 
 namespace vorx::vcc::test {
@@ -67,18 +67,7 @@ class FoundLists {
     std::vector<ServiceHandleContainer> lists_;
 };
 
-// Waits until `condition` holds, checking every millisecond; false when `timeout` passed.
-inline bool WaitUntil(const std::function<bool()>& condition,
-                      std::chrono::milliseconds timeout = 2s) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(1ms);
-    }
-    return true;
-}
+using orx::test::WaitFor;
 
 }  // namespace vorx::vcc::test
 

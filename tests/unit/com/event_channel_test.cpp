@@ -91,7 +91,7 @@ TEST_P(EventChannelTest, CacheKeepsTheNewestInOrderAndMaxCountLimitsOneRead) {
     }
     // The driver delivers in publishing order: once the marker is there, so are the five.
     ASSERT_TRUE(skeleton_->Send(kMarkerId, Order(99)));
-    ASSERT_TRUE(WaitUntil([&] { return Drain(10, kMarkerId).size() == 1; }));
+    ASSERT_TRUE(WaitFor([&] { return Drain(10, kMarkerId).size() == 1; }));
 
     const auto oldest = Drain(2);
     ASSERT_EQ(oldest.size(), 2u);
@@ -115,7 +115,7 @@ TEST_P(EventChannelTest, HandlerSetAfterSamplesArrivedIsCalledForThem) {
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kMarkerId, nullptr, 1));
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(1)));
     ASSERT_TRUE(skeleton_->Send(kMarkerId, Order(99)));
-    ASSERT_TRUE(WaitUntil([&] { return Drain(10, kMarkerId).size() == 1; }));
+    ASSERT_TRUE(WaitFor([&] { return Drain(10, kMarkerId).size() == 1; }));
 
     HandlerCalls calls;
     std::vector<LatencySwitch> seen;
@@ -126,7 +126,7 @@ TEST_P(EventChannelTest, HandlerSetAfterSamplesArrivedIsCalledForThem) {
             seen.insert(seen.end(), samples.begin(), samples.end());
         },
         kEventId);
-    ASSERT_TRUE(WaitUntil([&] {
+    ASSERT_TRUE(WaitFor([&] {
         std::lock_guard<std::mutex> lock(calls.mutex);
         return seen.size() == 1;
     }));
@@ -137,10 +137,12 @@ TEST_P(EventChannelTest, HandlerSetAfterSamplesArrivedIsCalledForThem) {
 TEST_P(EventChannelTest, SecondSubscriptionIsRefusedAndUnsubscribeStopsDelivery) {
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 10));
     EXPECT_FALSE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 10));
-    EXPECT_EQ(Log().Count(Level::kWarn, "Event subscription alreay initialized 30161"), 1u);
+    EXPECT_EQ(Log().Count(Level::kWarn,
+                          "Event subscription alreay initialized " + std::to_string(kEventId)),
+              1u);
 
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(1)));
-    ASSERT_TRUE(WaitUntil([&] { return Drain(10).size() == 1; }));
+    ASSERT_TRUE(WaitFor([&] { return Drain(10).size() == 1; }));
 
     proxy_->Unsubscribe(kEventId);
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(2)));
@@ -149,7 +151,7 @@ TEST_P(EventChannelTest, SecondSubscriptionIsRefusedAndUnsubscribeStopsDelivery)
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 10));
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(3)));
     std::vector<LatencySwitch> again;
-    ASSERT_TRUE(WaitUntil([&] {
+    ASSERT_TRUE(WaitFor([&] {
         again = Drain(10);
         return !again.empty();
     }));
@@ -164,7 +166,7 @@ TEST_P(EventChannelTest, SubscriptionOutlivesWithdrawAndReoffer) {
     ASSERT_TRUE(skeleton_->OfferService());
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(2)));
     std::vector<LatencySwitch> samples;
-    ASSERT_TRUE(WaitUntil([&] {
+    ASSERT_TRUE(WaitFor([&] {
         samples = Drain(10);
         return !samples.empty();
     }));
