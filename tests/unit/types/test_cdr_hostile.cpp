@@ -74,24 +74,6 @@ TEST(CdrHostile, BadValuesAreNamedWithTheirOffset) {
               "CDR decode failed at offset 17: kBadBool (bool byte other than 0 or 1)");
 }
 
-TEST(CdrHostile, MapAndSetKeysMustStrictlyAscend) {
-    using Names = std::map<DriverType, std::string>;
-    const Bytes ordered = {2, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 'a', 0, 1, 0, 2, 0, 0, 0, 'b', 0};
-    EXPECT_TRUE(DecodeAs<Names>(ordered).ok());
-
-    Bytes swapped = ordered;
-    swapped[4] = 1;
-    swapped[14] = 0;
-    ExpectError(DecodeAs<Names>(swapped), DecodeError::kUnsortedMapKeys, 14);
-
-    Bytes repeated = ordered;
-    repeated[14] = 0;
-    ExpectError(DecodeAs<Names>(repeated), DecodeError::kUnsortedMapKeys, 14);
-
-    ExpectError(DecodeAs<std::set<uint8_t>>({3, 0, 0, 0, 1, 5, 5}), DecodeError::kUnsortedMapKeys,
-                6);
-}
-
 TEST(CdrHostile, LengthsAndCountsPastTheEndAreRefusedBeforeAllocating) {
     ExpectError(DecodeAs<std::string>({100, 0, 0, 0, 'a', 0}), DecodeError::kLengthPastEnd, 0);
     ExpectError(DecodeAs<std::vector<uint32_t>>({3, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0}),

@@ -12,6 +12,7 @@
 //
 // When a record changes on purpose, let the test write the list anew, then review the difference:
 //   ORX_WRITE_RECORD_LAYOUTS=1 build/bin/orx_types_test --gtest_filter='RecordLayouts.*'
+#include <cxxabi.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -20,6 +21,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <typeinfo>
 
 #include "orx/maintaind/tools/tools.h"
 #include "orx/maintaind/types.h"
@@ -46,86 +48,17 @@ std::string HexOf() {
     return hex;
 }
 
-struct Layout {
-    const char* type;
-    std::string (*encode)();
-};
-
-#define ORX_LAYOUT(Type)      \
-    Layout {                  \
-#Type, &HexOf < Type> \
-    }
-
-const Layout kLayouts[] = {
-    ORX_LAYOUT(DriverType),
-    ORX_LAYOUT(ListenerType),
-    ORX_LAYOUT(DurabilityQos),
-    ORX_LAYOUT(HistoryQos),
-    ORX_LAYOUT(ReliabilityKind),
-    ORX_LAYOUT(TransportQos),
-    ORX_LAYOUT(E2EProfile),
-    ORX_LAYOUT(E2EDataIDMode),
-    ORX_LAYOUT(LatencyMode),
-    ORX_LAYOUT(ErrorDomainInfo),
-    ORX_LAYOUT(SerializeConfig),
-    ORX_LAYOUT(E2EConfigInfo),
-    ORX_LAYOUT(DDSEventInfo),
-    ORX_LAYOUT(IsignalInfo),
-    ORX_LAYOUT(PduConfigInfo),
-    ORX_LAYOUT(SomeipEventInfo),
-    ORX_LAYOUT(EventInfo),
-    ORX_LAYOUT(EventRegisterInfo),
-    ORX_LAYOUT(DDSMethodInfo),
-    ORX_LAYOUT(SomeipMethodInfo),
-    ORX_LAYOUT(MethodInfo),
-    ORX_LAYOUT(MethodRegisterInfo),
-    ORX_LAYOUT(FieldInfo),
-    ORX_LAYOUT(FieldRegisterInfo),
-    ORX_LAYOUT(EventE2EConfigInfo),
-    ORX_LAYOUT(AppE2EConfigInfo),
-    ORX_LAYOUT(NodePidInfo),
-    ORX_LAYOUT(NodeCommonRegisterInfo),
-    ORX_LAYOUT(ListenerParams),
-    ORX_LAYOUT(LatencyIndex),
-    ORX_LAYOUT(LatencyModeAckInfo),
-    ORX_LAYOUT(LatencyResult),
-    ORX_LAYOUT(LatencyResultInfo),
-    ORX_LAYOUT(LatencyInfo),
-    ORX_LAYOUT(AppRegisterInfo),
-    ORX_LAYOUT(ReturnCode),
-    ORX_LAYOUT(LatencySwitch),
-    ORX_LAYOUT(QueryFilter),
-    ORX_LAYOUT(DataTypeRequest),
-    ORX_LAYOUT(EventShowRequest),
-    ORX_LAYOUT(LatencySwitchRequest),
-    ORX_LAYOUT(NodeEntry),
-    ORX_LAYOUT(EventEntry),
-    ORX_LAYOUT(MethodEntry),
-    ORX_LAYOUT(FieldEntry),
-    ORX_LAYOUT(E2EEntry),
-    ORX_LAYOUT(LatencyAckEntry),
-    ORX_LAYOUT(LatencyStatusEntry),
-    ORX_LAYOUT(LatencyResultEntry),
-    ORX_LAYOUT(SampleTimeoutEntry),
-    ORX_LAYOUT(DataTypeEntry),
-    ORX_LAYOUT(MethodTypeEntry),
-    ORX_LAYOUT(DaemonCounters),
-    ORX_LAYOUT(NodeListReply),
-    ORX_LAYOUT(EventListReply),
-    ORX_LAYOUT(MethodListReply),
-    ORX_LAYOUT(FieldListReply),
-    ORX_LAYOUT(E2EListReply),
-    ORX_LAYOUT(LatencyStatusListReply),
-    ORX_LAYOUT(LatencyResultListReply),
-    ORX_LAYOUT(SampleTimeoutListReply),
-    ORX_LAYOUT(DataTypeListReply),
-    ORX_LAYOUT(DataTypeReply),
-    ORX_LAYOUT(MethodTypeListReply),
-    ORX_LAYOUT(EventShowReply),
-    ORX_LAYOUT(LatencySwitchReply),
-    ORX_LAYOUT(AllDataReply),
-    ORX_LAYOUT(DaemonStatusReply),
-};
+// Type name (without namespace) -> hex of the filled record, for every type `T...`.
+template <class... T>
+std::map<std::string, std::string> Encoded() {
+    auto name = [](const char* mangled) {
+        char* text = abi::__cxa_demangle(mangled, nullptr, nullptr, nullptr);
+        const std::string full = text != nullptr ? text : mangled;
+        std::free(text);
+        return full.substr(full.rfind(':') + 1);
+    };
+    return {{name(typeid(T).name()), HexOf<T>()}...};
+}
 
 // Type name -> hex, from the lines "<type> <hex>" of the list; "#" starts a comment line.
 std::map<std::string, std::string> PinnedLayouts() {
@@ -143,20 +76,35 @@ std::map<std::string, std::string> PinnedLayouts() {
 }
 
 TEST(RecordLayouts, EveryRecordEncodesToThePinnedBytes) {
+    const auto actual =
+        Encoded<DriverType, ListenerType, DurabilityQos, HistoryQos, ReliabilityKind, TransportQos,
+                E2EProfile, E2EDataIDMode, LatencyMode, ErrorDomainInfo, SerializeConfig,
+                E2EConfigInfo, DDSEventInfo, IsignalInfo, PduConfigInfo, SomeipEventInfo, EventInfo,
+                EventRegisterInfo, DDSMethodInfo, SomeipMethodInfo, MethodInfo, MethodRegisterInfo,
+                FieldInfo, FieldRegisterInfo, EventE2EConfigInfo, AppE2EConfigInfo, NodePidInfo,
+                NodeCommonRegisterInfo, ListenerParams, LatencyIndex, LatencyModeAckInfo,
+                LatencyResult, LatencyResultInfo, LatencyInfo, AppRegisterInfo, ReturnCode,
+                LatencySwitch, QueryFilter, DataTypeRequest, EventShowRequest, LatencySwitchRequest,
+                NodeEntry, EventEntry, MethodEntry, FieldEntry, E2EEntry, LatencyAckEntry,
+                LatencyStatusEntry, LatencyResultEntry, SampleTimeoutEntry, DataTypeEntry,
+                MethodTypeEntry, DaemonCounters, NodeListReply, EventListReply, MethodListReply,
+                FieldListReply, E2EListReply, LatencyStatusListReply, LatencyResultListReply,
+                SampleTimeoutListReply, DataTypeListReply, DataTypeReply, MethodTypeListReply,
+                EventShowReply, LatencySwitchReply, AllDataReply, DaemonStatusReply>();
     if (std::getenv("ORX_WRITE_RECORD_LAYOUTS") != nullptr) {
         std::ofstream file(ORX_RECORD_LAYOUTS_PATH);
         file << "# Written by test_record_layouts.cpp; see there before changing it.\n";
-        for (const Layout& layout : kLayouts) {
-            file << layout.type << " " << layout.encode() << "\n";
+        for (const auto& [type, hex] : actual) {
+            file << type << " " << hex << "\n";
         }
         ASSERT_TRUE(file.good()) << "cannot write " << ORX_RECORD_LAYOUTS_PATH;
         return;
     }
     std::map<std::string, std::string> pinned = PinnedLayouts();
     ASSERT_FALSE(pinned.empty()) << "cannot read " << ORX_RECORD_LAYOUTS_PATH;
-    for (const Layout& layout : kLayouts) {
-        EXPECT_EQ(layout.encode(), pinned[layout.type]) << layout.type;
-        pinned.erase(layout.type);
+    for (const auto& [type, hex] : actual) {
+        EXPECT_EQ(hex, pinned[type]) << type;
+        pinned.erase(type);
     }
     EXPECT_TRUE(pinned.empty()) << "listed but not checked: " << pinned.begin()->first;
 }
