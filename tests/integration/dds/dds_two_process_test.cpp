@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "driver_recorder.h"
 #include "orx/maintaind/service.h"
 #include "orx/test/child_process.h"
+#include "orx/test/watched.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/dds_dfx_config_interface.h"
 #include "vorx/vcc/register_dfx_interface.h"
@@ -21,7 +21,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using orx::test::DriverRecorder;
 using vorx::driver::dds::DdsDriver;
 namespace service = orx::maintaind::service;
 namespace vcc = vorx::vcc;
@@ -68,10 +67,33 @@ vcc::Payload Text(const std::string& text) {
     return vcc::Payload::FromBytes(std::vector<uint8_t>(text.begin(), text.end()));
 }
 
+// What one search or client saw.
+struct Seen {
+    vcc::ServiceHandleContainer list;  // a search's latest list
+    std::vector<vcc::MethodReply> replies;
+    int lost{0};
+};
+using Recorder = orx::test::Watched<Seen>;
+
+vcc::FindCallback ListInto(Recorder& recorder) {
+    return [&recorder](const vcc::ServiceHandleContainer& handles) {
+        recorder.Change([&](Seen& seen) { seen.list = handles; });
+    };
+}
+
+vcc::ClientCallbacks RepliesInto(Recorder& recorder) {
+    vcc::ClientCallbacks callbacks;
+    callbacks.onReply = [&recorder](const vcc::MethodReply& reply) {
+        recorder.Change([&](Seen& seen) { seen.replies.push_back(reply); });
+    };
+    callbacks.onServiceLost = [&recorder] { recorder.Change([](Seen& seen) { ++seen.lost; }); };
+    return callbacks;
+}
+
 struct Client {
     std::string name;
     std::shared_ptr<DdsDriver> driver;
-    DriverRecorder recorder;
+    Recorder recorder;
     vcc::ClientId id{0};
 };
 
@@ -93,21 +115,20 @@ TEST(DdsTwoProcess, RepliesReachOnlyTheirClientAndAKilledProviderIsLostWithinThe
     // Two participants in this process: each has its own reader of the shared topic and sees
     // every reply, also those of the other's clients. All clients use the same session ids.
     std::vector<std::unique_ptr<Client>> clients;
-    std::vector<DriverRecorder> found(2);
+    std::vector<Recorder> found(2);
     std::vector<vcc::FindId> finds;
     for (auto driver : {MakeDriver(), MakeDriver()}) {
         ASSERT_TRUE(driver);
-        DriverRecorder& search = found[finds.size()];
-        finds.push_back(driver->StartFind(desc, search.FindCallback()));
-        ASSERT_TRUE(search.WaitFor(
-            [](const auto& seen) { return DriverRecorder::HasList(seen, 1); }, kTimeout));
+        Recorder& search = found[finds.size()];
+        finds.push_back(driver->StartFind(desc, ListInto(search)));
+        ASSERT_TRUE(
+            search.WaitFor([](const Seen& seen) { return seen.list.size() == 1; }, kTimeout));
         for (const char* name : {"alpha", "beta"}) {
             clients.push_back(std::make_unique<Client>());
             Client& client = *clients.back();
             client.name = name + std::to_string(finds.size());
             client.driver = driver;
-            client.id =
-                driver->Connect(search.CurrentList().front(), client.recorder.ClientCallbacks());
+            client.id = driver->Connect(search.Get().list.front(), RepliesInto(client.recorder));
             ASSERT_NE(client.id, 0u);
         }
     }
@@ -127,7 +148,7 @@ TEST(DdsTwoProcess, RepliesReachOnlyTheirClientAndAKilledProviderIsLostWithinThe
     for (auto& client : clients) {
         ASSERT_TRUE(client->recorder.WaitFor(
             [](const auto& seen) { return seen.replies.size() >= kRequests; }, kTimeout))
-            << client->name << " got " << client->recorder.Snapshot().replies.size();
+            << client->name << " got " << client->recorder.Get().replies.size();
     }
     // One more round trip, answered with an error: a stray reply of another client's requests
     // would have come before it.
@@ -135,7 +156,7 @@ TEST(DdsTwoProcess, RepliesReachOnlyTheirClientAndAKilledProviderIsLostWithinThe
         ASSERT_TRUE(send(*client, kRequests + 1, "error"));
         ASSERT_TRUE(client->recorder.WaitFor(
             [](const auto& seen) { return seen.replies.size() > kRequests; }, kTimeout));
-        const auto replies = client->recorder.Snapshot().replies;
+        const auto replies = client->recorder.Get().replies;
         ASSERT_EQ(replies.size(), kRequests + 1u) << client->name;
         for (uint16_t i = 0; i < kRequests; ++i) {
             EXPECT_EQ(replies[i].clientId, client->id);
@@ -165,8 +186,7 @@ TEST(DdsTwoProcess, RepliesReachOnlyTheirClientAndAKilledProviderIsLostWithinThe
     server.Signal(SIGKILL);
     const auto lease =
         std::chrono::milliseconds(vorx::driver::dds::ParticipantSettings().leaseDurationMs);
-    EXPECT_TRUE(found[0].WaitFor([](const auto& seen) { return DriverRecorder::HasList(seen, 0); },
-                                 lease + 5s));
+    EXPECT_TRUE(found[0].WaitFor([](const Seen& seen) { return seen.list.empty(); }, lease + 5s));
     EXPECT_TRUE(clients[0]->recorder.WaitFor([](const auto& seen) { return seen.lost == 1; }, 5s));
     vcc::MethodCall call;
     call.entityId = service::kRegisterAppMethodId;

@@ -206,12 +206,6 @@ TEST_F(DaemonServiceTest, ManyClientsAtOnceAreAllStored) {
     EXPECT_EQ(accepted.load(), kClients * kReports);
     const auto events = Events();
     EXPECT_EQ(events.total, static_cast<uint32_t>(kClients * kReports));
-    tools::QueryFilter capped;
-    capped.maxEntries = 10;
-    const auto few = Events(capped);
-    EXPECT_EQ(few.events.size(), 10U);
-    EXPECT_TRUE(few.truncated);
-    EXPECT_EQ(few.total, static_cast<uint32_t>(kClients * kReports));
 }
 
 }  // namespace

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <future>
 #include <mutex>
 #include <thread>
 
 #include "orx/maintaind/service.h"
+#include "orx/test/watched.h"
 #include "vorx/driver/dds/dds_driver.h"
 
 namespace {
@@ -41,33 +41,7 @@ vcc::ServiceDescription Service(const std::string& instanceId) {
     return desc;
 }
 
-// Condition variable plus state, for waiting on callbacks with a deadline.
-template <class State>
-class Watched {
-  public:
-    template <class F>
-    void Change(F&& change) {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            change(state_);
-        }
-        changed_.notify_all();
-    }
-    template <class P>
-    bool WaitFor(P&& condition, std::chrono::milliseconds timeout = kTimeout) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, timeout, [&] { return condition(state_); });
-    }
-    State Get() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return state_;
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    State state_{};
-};
+using orx::test::Watched;
 
 vcc::ServerCallbacks EchoServer(const std::shared_ptr<DdsDriver>& driver) {
     vcc::ServerCallbacks callbacks;
