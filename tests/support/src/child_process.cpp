@@ -17,22 +17,17 @@ namespace {
 
 // "NAME=value" entries of this process's environment with `changes` applied.
 std::vector<std::string> EnvironmentWith(const EnvChanges& changes) {
-    std::map<std::string, std::string> all;
+    std::vector<std::string> entries;
     for (char** entry = environ; *entry != nullptr; ++entry) {
         const std::string text = *entry;
-        const size_t equals = text.find('=');
-        all[text.substr(0, equals)] = equals == std::string::npos ? "" : text.substr(equals + 1);
-    }
-    for (const auto& [name, value] : changes) {
-        if (value.empty()) {
-            all.erase(name);
-        } else {
-            all[name] = value;
+        if (changes.count(text.substr(0, text.find('='))) == 0) {
+            entries.push_back(text);
         }
     }
-    std::vector<std::string> entries;
-    for (const auto& [name, value] : all) {
-        entries.push_back(name + "=" + value);
+    for (const auto& [name, value] : changes) {
+        if (!value.empty()) {
+            entries.push_back(name + "=" + value);
+        }
     }
     return entries;
 }

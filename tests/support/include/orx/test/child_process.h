@@ -71,7 +71,6 @@ class ChildProcess {
 
     // Waits for the end: the exit status (128 + signal when killed), or nothing on timeout.
     std::optional<int> WaitForExit(std::chrono::milliseconds timeout);
-    bool Running() { return Started() && !WaitForExit(std::chrono::milliseconds(0)); }
 
   private:
     friend RunResult RunToEnd(const std::vector<std::string>&, const EnvChanges&,
