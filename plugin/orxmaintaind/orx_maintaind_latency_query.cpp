@@ -153,9 +153,10 @@ void OrxMaintaindLatencyClient::SendLatencyInfo(const std::shared_ptr<LatencyInf
     // Only the latency record is filled; the report kind stays at its default too.
     orx::maintaind::AppRegisterInfo request;
     request.latencyInfo = *info;
+    const long sentAt = eventController_->GetCurMonoTime();
     auto reply = method->Request(request);
     if (!reply.valid() ||
-        !WaitForReply(reply, ReplyWait::kSystemDeadline, *eventController_->Clock())) {
+        !WaitForReply(reply, ReplyWait::kSystemDeadline, *eventController_->Clock(), sentAt)) {
         logger_->LogWarn() << "Get maintaind reply fail, latency result send failed";
         return;
     }

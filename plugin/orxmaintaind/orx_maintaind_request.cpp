@@ -35,8 +35,9 @@ RequestOutcome RequestRegisterApp(const DaemonLink& link,
     if (!method) {
         return RequestOutcome::kNoMethod;
     }
+    const long sentAt = link.clock->Now();
     ReplyFuture future = method->Request(request);
-    if (!WaitForReply(future, wait, *link.clock)) {
+    if (!WaitForReply(future, wait, *link.clock, sentAt)) {
         return RequestOutcome::kTimeout;
     }
     try {

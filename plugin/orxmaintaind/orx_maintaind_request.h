@@ -57,11 +57,11 @@ RequestOutcome RequestRegisterApp(const DaemonLink& link,
 // How long a request waits for the daemon's reply.
 constexpr std::chrono::milliseconds kReplyTimeout{300};
 
-// Waits at most 300 ms of `clock`, counted from now, for `future` (an ara::core::Future) to be
-// ready, the way `wait` says; true when it is. A future without state is asked once, so its
-// notice is printed once, and counts as not ready.
+// Waits for `future` (an ara::core::Future) to be ready, the way `wait` says, until 300 ms of
+// `clock` after `sentAt` (the clock's time when the request was sent); true when it is. A future
+// without state is asked once, so its notice is printed once, and counts as not ready.
 template <typename Future>
-bool WaitForReply(const Future& future, ReplyWait wait, vorx::vcc::MonoClock& clock) {
+bool WaitForReply(const Future& future, ReplyWait wait, vorx::vcc::MonoClock& clock, long sentAt) {
     const auto waitReal = [&future, wait](std::chrono::nanoseconds left) {
         const auto status = (wait == ReplyWait::kRelative)
                                 ? future.wait_for(left)
@@ -72,7 +72,7 @@ bool WaitForReply(const Future& future, ReplyWait wait, vorx::vcc::MonoClock& cl
         return waitReal(std::chrono::nanoseconds(0));
     }
     const long deadline =
-        clock.Now() + std::chrono::duration_cast<std::chrono::nanoseconds>(kReplyTimeout).count();
+        sentAt + std::chrono::duration_cast<std::chrono::nanoseconds>(kReplyTimeout).count();
     return clock.WaitFor(deadline, waitReal);
 }
 

@@ -87,24 +87,55 @@ void ManualMonoClock::WaitUntil(std::unique_lock<std::mutex>& lock, std::conditi
 }
 
 bool ManualMonoClock::WaitFor(long deadline, const RealWait& wait) {
+    const auto poller = std::make_shared<uint64_t>(0);
+    uint64_t advances = 0;
+    {
+        std::lock_guard<std::mutex> guard(mutex_);
+        *poller = advances_;
+        pollers_.push_back(poller);
+    }
+    const auto seen = [&] {
+        {
+            std::lock_guard<std::mutex> guard(mutex_);
+            *poller = advances;
+        }
+        seen_.notify_all();
+    };
+    bool result = false;
     for (;;) {
+        {
+            std::lock_guard<std::mutex> guard(mutex_);
+            advances = advances_;
+        }
         if (released_.load()) {
-            return wait(std::chrono::nanoseconds(std::max(0L, deadline - Now())));
+            seen();
+            result = wait(std::chrono::nanoseconds(std::max(0L, deadline - Now())));
+            break;
         }
         if (wait(kManualWaitStep)) {
-            return true;
+            result = true;
+            break;
         }
         if (Now() >= deadline) {
-            return false;
+            break;
         }
+        seen();
     }
+    {
+        std::lock_guard<std::mutex> guard(mutex_);
+        pollers_.erase(std::remove(pollers_.begin(), pollers_.end(), poller), pollers_.end());
+    }
+    seen_.notify_all();
+    return result;
 }
 
 void ManualMonoClock::Advance(std::chrono::nanoseconds step) {
     std::vector<std::shared_ptr<Waiter>> toWake;
+    uint64_t advance = 0;
     {
         std::lock_guard<std::mutex> guard(mutex_);
         base_.fetch_add(std::max(0L, static_cast<long>(step.count())));
+        advance = ++advances_;
         toWake = waiters_;
         ++notifying_;
     }
@@ -113,11 +144,13 @@ void ManualMonoClock::Advance(std::chrono::nanoseconds step) {
         std::lock_guard<std::mutex> lock(*waiter->mutex);
         waiter->cv->notify_all();
     }
-    {
-        std::lock_guard<std::mutex> guard(mutex_);
-        --notifying_;
-    }
+    std::unique_lock<std::mutex> guard(mutex_);
+    --notifying_;
     idle_.notify_all();
+    seen_.wait(guard, [this, advance] {
+        return std::all_of(pollers_.begin(), pollers_.end(),
+                           [advance](const auto& poller) { return *poller >= advance; });
+    });
 }
 
 void ManualMonoClock::Release() {

@@ -50,8 +50,7 @@ class VCC_EXPORT MonoClock {
     virtual bool WaitFor(long deadline, const RealWait& wait) = 0;
 };
 
-// A clock for tests: its time stands still until the test moves it with Advance, which also
-// wakes every WaitUntil whose deadline it reaches. Starts at 0.
+// A clock for tests: its time stands still until the test moves it with Advance. Starts at 0.
 class VCC_EXPORT ManualMonoClock final : public MonoClock {
   public:
     ManualMonoClock() = default;
@@ -62,11 +61,14 @@ class VCC_EXPORT ManualMonoClock final : public MonoClock {
     long Now() const override;
     void WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& cv,
                    long deadline) override;
-    // Looks at `wait` every millisecond of real time until it answers true or Now() has reached
-    // `deadline`: what the caller waits for and the test's hand are both seen within that step.
+    // Asks `wait` about one millisecond of real time at a time, and after each answer that is
+    // not yet true, holds `deadline` against Now().
     bool WaitFor(long deadline, const RealWait& wait) override;
 
-    // Moves the time forward by `step` (negative steps are ignored).
+    // Moves the time forward by `step` (negative steps are ignored). Wakes every WaitUntil, and
+    // returns only once every WaitFor has held its deadline against the new time: a test that
+    // moves the clock to just before a deadline and then lets the awaited thing happen knows it
+    // happened in time, and one that moves it past knows the wait has given up.
     void Advance(std::chrono::nanoseconds step);
 
     // From now on the time also runs by itself, at real speed, from where it stands: every wait
@@ -87,9 +89,13 @@ class VCC_EXPORT ManualMonoClock final : public MonoClock {
     std::atomic<bool> released_{false};
     std::atomic<long> releasedAt_{0};  // real time of Release
     std::mutex mutex_;
-    std::condition_variable idle_;                  // no Advance is notifying waiters
+    std::condition_variable idle_;  // no Advance is notifying waiters
+    std::condition_variable seen_;  // a WaitFor held its deadline against the time, or left
     std::vector<std::shared_ptr<Waiter>> waiters_;  // guarded by mutex_
-    int notifying_ = 0;                             // guarded by mutex_
+    // Per running WaitFor, the number of the last Advance it held its deadline against.
+    std::vector<std::shared_ptr<uint64_t>> pollers_;  // guarded by mutex_
+    uint64_t advances_ = 0;                           // guarded by mutex_
+    int notifying_ = 0;                               // guarded by mutex_
 };
 
 }  // namespace vorx::vcc
