@@ -171,7 +171,7 @@ TEST(RecordEnums, NumericValuesAndNamesMatchTheDaemonDefinition) {
     EXPECT_EQ(static_cast<int>(E2EProfile::PROFILE_4M), 41);
     EXPECT_EQ(static_cast<int>(E2EProfile::PROFILE_44), 44);
     EXPECT_EQ(static_cast<int>(LatencyMode::DISABLE), 1);
-    EXPECT_EQ(static_cast<int>(ReportKind::LISTENER), 5);
+    EXPECT_EQ(static_cast<int>(ReportKind::E2E_AND_NODE), 3);
 
     EXPECT_STREQ(ToString(DriverType::SOMEIP), "SOMEIP");
     EXPECT_STREQ(ToString(E2EProfile::PROFILE_22), "PROFILE_22");
