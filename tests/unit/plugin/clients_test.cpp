@@ -84,7 +84,9 @@ std::shared_ptr<FieldInfo> Field(uint16_t serviceId, const std::string& instance
 TEST_F(PluginTest, AnEventOnBothBindingsIsOneReportAndItsWithdrawalDiffersOnlyInIsOnline) {
     StartDaemon();
     StartClient();
-    const EventMap both{{DriverType::DDS, DdsEvent(0x10, 1, "Speed")},
+    // Only the DDS and SOME/IP bindings are reported.
+    const EventMap both{{DriverType::PROLOC, DdsEvent(0x10, 1, "Speed")},
+                        {DriverType::DDS, DdsEvent(0x10, 1, "Speed")},
                         {DriverType::SOMEIP, SomeipEvent(0x10, 1, "Speed", 0x8001)}};
     Core()->RegisterEventInfoToMaintaind(both, true);
     // A field's notifier is reported with its field, not as an event.
@@ -143,7 +145,17 @@ TEST_F(PluginTest, AMethodOnBothBindingsTakesItsSharedMembersFromDds) {
     const auto& someip = info->methodInfos.at(record::DriverType::SOMEIP).someipMethodInfo;
     EXPECT_EQ(someip.methodId, 0x0101);
     EXPECT_EQ(someip.instanceShortName, "radar_front_someip");
-    EXPECT_EQ(client.GetMethodName("Calibrate"), "");
+
+    // Without a service-level name there is no "/" and so no DDS method name; a fire-and-forget
+    // method has no reply settings.
+    auto method = DdsMethod();
+    method->SetIsFireAndForget(true);
+    method->SetServiceLevelName("");
+    const auto oneWay = client.ChangeToMethodRegisterInfo({{DriverType::DDS, method}}, false);
+    EXPECT_TRUE(oneWay->isFireAndForget);
+    EXPECT_EQ(oneWay->replySerializeConfig.serializeConfigText, "");
+    EXPECT_EQ(oneWay->methodName, "Calibrate");
+    EXPECT_EQ(oneWay->methodInfos.at(record::DriverType::DDS).ddsMethodInfo.methodName, "");
 }
 
 TEST_F(PluginTest, MethodsAreReportedUnlessTheyBelongToAFieldOrTheDaemon) {
