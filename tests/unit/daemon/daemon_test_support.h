@@ -179,7 +179,6 @@ inline AppRegisterInfo LatencyReport(const std::string& app, const std::string& 
                                      LatencyMode mode = LatencyMode::ENABLE,
                                      uint64_t maxLatency = 0, uint16_t serviceId = 0x10) {
     AppRegisterInfo report;
-    report.kind = static_cast<uint8_t>(ReportKind::LATENCY);
     LatencyInfo& info = report.latencyInfo;
     info.type = type;
     info.appName = app;
@@ -199,7 +198,6 @@ inline AppRegisterInfo LatencyReport(const std::string& app, const std::string& 
 
 inline AppRegisterInfo TimeoutReport(const std::string& listener, uint32_t count) {
     AppRegisterInfo report;
-    report.kind = static_cast<uint8_t>(ReportKind::LISTENER);
     ListenerParams& params = report.listenerParams[ListenerType::SAMPLE_TIMEOUT];
     params.listenerName = listener;
     params.sampleTimeout = 100;

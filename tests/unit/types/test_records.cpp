@@ -120,6 +120,7 @@ TEST(RecordEnums, NumericValuesMatchTheDaemonDefinition) {
     EXPECT_EQ(static_cast<int>(E2EProfile::PROFILE_4M), 41);
     EXPECT_EQ(static_cast<int>(E2EProfile::PROFILE_44), 44);
     EXPECT_EQ(static_cast<int>(LatencyMode::DISABLE), 1);
+    EXPECT_EQ(static_cast<int>(ReportKind::E2E_AND_NODE), 3);
 }
 
 }  // namespace

@@ -1,25 +1,18 @@
-// Each case runs in its own process (orx_add_gtest), so the provider and the configuration
-// reader start fresh and read the orx.json that the case points ORX_CONFIG at.
-#include "config/dds_dfx_config.h"
-#include "orx/maintaind/service.h"
-
-#include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
-
-#include <fstream>
-#include <string>
+// The DDS settings the plug-in supplies for the maintenance service. Each case runs in its own
+// process, so the provider and the configuration reader start fresh and read this case's orx.json.
 #include <thread>
-#include <vector>
 
-#include "ara/kelda/common/log/testing.h"
-#include "vorx/vcc/register_dfx_interface.h"
+#include "config/dds_dfx_config.h"
+#include "config/valid_uint16.h"
+#include "orx/maintaind/service.h"
+#include "plugin_fixture.h"
 
+namespace orx::test::plugin {
 namespace {
 
-namespace log = ara::kelda::common::log;
 using ara::com::internal::BindIndex;
 using orx::orxcm::config::DDSDfxConfig;
+using orx::orxcm::utils::ValidUint16;
 using vorx::driver::dds::DDSEventInfo;
 using vorx::driver::dds::DDSMethodInfo;
 using vorx::driver::dds::DDSServiceDiscoveryInfo;
@@ -27,36 +20,9 @@ using vorx::driver::dds::DDSServiceDiscoveryInfo;
 const std::string kAppService = std::string(orx::maintaind::service::kAppServicePath);
 const std::string kToolsService = std::string(orx::maintaind::service::kToolsServicePath);
 
-class DDSDfxConfigTest : public ::testing::Test {
-  protected:
-    // Points the configuration reader at a file of this process (written when `json` is not
-    // empty, missing otherwise). Must run before the provider's first read.
-    void UseConfig(const std::string& json) {
-        path_ = ::testing::TempDir() + "dds_dfx_config_" + std::to_string(getpid()) + ".json";
-        if (!json.empty()) {
-            std::ofstream(path_) << json;
-        }
-        setenv("ORX_CONFIG", path_.c_str(), 1);
-    }
-    void TearDown() override {
-        if (!path_.empty()) {
-            unlink(path_.c_str());
-        }
-    }
-
-    std::string path_;
-    log::ScopedCaptureSink capture_;
-};
-
-TEST_F(DDSDfxConfigTest, IsRegisteredWithTheCoreAtLoad) {
-    EXPECT_EQ(vorx::vcc::RegisterDfxInterface::DfxConfigRegistrationCount(), 1U);
-    EXPECT_EQ(
-        vorx::vcc::RegisterDfxInterface::GetDfxConfigInterface(),
-        std::static_pointer_cast<vorx::vcc::DDSDfxConfigInterface>(DDSDfxConfig::GetInstance()));
-}
+using DDSDfxConfigTest = PluginTest;
 
 TEST_F(DDSDfxConfigTest, ForeignServiceIsRefusedWithoutTouchingTheRecord) {
-    UseConfig("");
     auto config = DDSDfxConfig::GetInstance();
     // Same length as the application-side path, one byte differs.
     std::string nearMiss = kAppService;
@@ -79,13 +45,12 @@ TEST_F(DDSDfxConfigTest, ForeignServiceIsRefusedWithoutTouchingTheRecord) {
         EXPECT_EQ(method.GetRequestTopicName(), "");
     }
     // Refusing is silent.
-    for (const auto& line : capture_->Lines()) {
+    for (const auto& line : Log().Lines()) {
         EXPECT_EQ(line.second.find("DDSDfxConfig"), std::string::npos) << line.second;
     }
 }
 
 TEST_F(DDSDfxConfigTest, FillsBothDiscoveryRecordsWithTheBuiltinNetworkWhenNoneIsConfigured) {
-    UseConfig("");
     auto config = DDSDfxConfig::GetInstance();
 
     DDSServiceDiscoveryInfo app;
@@ -120,7 +85,7 @@ TEST_F(DDSDfxConfigTest, FillsBothDiscoveryRecordsWithTheBuiltinNetworkWhenNoneI
 }
 
 TEST_F(DDSDfxConfigTest, EventAndMethodRecordsCarryTopicsAndTheConfiguredNetwork) {
-    UseConfig(R"({"maintenance": {"network": {"address": "127.0.0.1", "flag": true},
+    WriteConfig(R"({"maintenance": {"network": {"address": "127.0.0.1", "flag": true},
                   "resourceAttributes": {"cpu": "2"}}})");
     auto config = DDSDfxConfig::GetInstance();
 
@@ -154,7 +119,6 @@ TEST_F(DDSDfxConfigTest, EventAndMethodRecordsCarryTopicsAndTheConfiguredNetwork
 }
 
 TEST_F(DDSDfxConfigTest, InvalidInstanceIdIsRefusedWithAWarning) {
-    UseConfig("");
     auto config = DDSDfxConfig::GetInstance();
     DDSServiceDiscoveryInfo discovery;
     EXPECT_FALSE(config->ReadServiceDiscoveryData({kAppService, "12ab", 0U}, discovery));
@@ -166,20 +130,15 @@ TEST_F(DDSDfxConfigTest, InvalidInstanceIdIsRefusedWithAWarning) {
         {kAppService, "", orx::maintaind::service::kRegisterAppMethodId}, method));
     EXPECT_EQ(method.GetRequestTopicName(), "");
 
-    EXPECT_EQ(capture_->Count(log::LogLevel::kWarn,
-                              "[DDSDfxConfig][Invalid instanceId][instanceId=12ab]"),
-              1U)
-        << capture_->Dump();
-    EXPECT_EQ(capture_->Count(log::LogLevel::kWarn,
-                              "[DDSDfxConfig][Invalid instanceId][instanceId=65536]"),
+    EXPECT_EQ(Log().Count(LogLevel::kWarn, "[DDSDfxConfig][Invalid instanceId][instanceId=12ab]"),
               1U);
-    EXPECT_EQ(
-        capture_->Count(log::LogLevel::kWarn, "[DDSDfxConfig][Invalid instanceId][instanceId=]"),
-        1U);
+    EXPECT_EQ(Log().Count(LogLevel::kWarn, "[DDSDfxConfig][Invalid instanceId][instanceId=65536]"),
+              1U);
+    EXPECT_EQ(Log().Count(LogLevel::kWarn, "[DDSDfxConfig][Invalid instanceId][instanceId=]"), 1U);
 }
 
 TEST_F(DDSDfxConfigTest, FirstReadsFromSeveralThreadsInitialiseOnce) {
-    UseConfig(R"({"maintenance": {"network": {"address": "127.0.0.1", "flag": false}}})");
+    WriteConfig(R"({"maintenance": {"network": {"address": "127.0.0.1", "flag": false}}})");
     auto config = DDSDfxConfig::GetInstance();
     std::vector<std::thread> threads;
     std::vector<std::pair<std::string, bool>> networks(4);
@@ -200,4 +159,22 @@ TEST_F(DDSDfxConfigTest, FirstReadsFromSeveralThreadsInitialiseOnce) {
     }
 }
 
+TEST(ValidUint16Test, AcceptsTheSixteenBitRangeReadLikeStoiAndKeepsErrno) {
+    uint16_t value = 7U;
+    EXPECT_TRUE(ValidUint16("65535", value));
+    EXPECT_EQ(value, 65535U);
+    EXPECT_TRUE(ValidUint16(" 12ab", value));  // leading blanks skipped, stops at a non-digit
+    EXPECT_EQ(value, 12U);
+    for (const char* text : {"65536", "-1", "2147483647", "70000x"}) {
+        EXPECT_FALSE(ValidUint16(text, value)) << text;
+        EXPECT_EQ(value, 12U) << text;
+    }
+    errno = 1234;
+    EXPECT_THROW(ValidUint16("ab"), std::invalid_argument);
+    EXPECT_THROW(ValidUint16("99999999999"), std::out_of_range);
+    EXPECT_TRUE(ValidUint16("0"));
+    EXPECT_EQ(errno, 1234);
+}
+
 }  // namespace
+}  // namespace orx::test::plugin
