@@ -155,6 +155,13 @@ class ORXCM_DFX_EXPORT OrxMaintaindClient final
     // an empty descriptor otherwise.
     vorx::vcc::api::types::ListenerDescriptor GetMaintaindClientListener() override;
 
+    // --- for tests and benchmarks ---------------------------------------------------------
+
+    // Makes the client schedule its jobs on `controller`, and time its waits for the daemon's
+    // replies with that controller's clock, instead of the process-wide controller. Call it
+    // before InitializeAll (later calls have no effect), on the thread that then calls it.
+    void UseEventController(std::shared_ptr<vorx::vcc::EventController> controller);
+
     // --- for the plug-in's other parts ----------------------------------------------------
 
     // The daemon's proxy; empty until the daemon has been found. Any thread, with or without
@@ -174,7 +181,7 @@ class ORXCM_DFX_EXPORT OrxMaintaindClient final
     std::string GetApplicationName() const EXCLUDES(nameMutex_);
     void SetApplicationName(const std::string& name) EXCLUDES(nameMutex_);
     void EnsureApplicationName() EXCLUDES(nameMutex_);
-    // Hands the application name to the per-kind clients.
+    // Hands the application name, the proxy and the clock to the per-kind clients.
     void PrepareClients() REQUIRES(mutex_);
 
     // Binding to the daemon's service.
@@ -190,9 +197,10 @@ class ORXCM_DFX_EXPORT OrxMaintaindClient final
                                       const bool& isOnline) REQUIRES(mutex_);
     void UnregisterNodePidInfo() EXCLUDES(mutex_);
 
-    // Scheduling of the report jobs.
+    // Scheduling of the report jobs. A withdrawal job does not own the client (see
+    // WithdrawalGate); it is given the client when it runs.
     bool ScheduleJob(const std::function<void()>& job, const char* what);
-    void ScheduleWithdrawal(const std::function<void()>& job, const char* what,
+    void ScheduleWithdrawal(const std::function<void(OrxMaintaindClient&)>& job, const char* what,
                             const char* failure);
 
     // The report jobs: send at once or keep in the cache. Each takes mutex_ for its whole run.
@@ -280,7 +288,15 @@ class ORXCM_DFX_EXPORT OrxMaintaindClient final
     bool methodReady_ GUARDED_BY(mutex_){false};
     vorx::vcc::FindServiceHandle findServiceHandle_;
     std::pair<std::string, bool> network_;
-    std::atomic<int32_t> pendingWithdrawals_{0};
+    // Withdrawal jobs reach the client through this gate instead of owning it, so the client can
+    // be destroyed while some are still scheduled: its destructor waits until `pending` is back
+    // at 0, that is until each of them has been sent or cached, and then closes the gate.
+    struct WithdrawalGate {
+        orx::sync::Mutex mutex;                        // held while a withdrawal job runs
+        OrxMaintaindClient* client GUARDED_BY(mutex);  // null once the gate is closed
+        std::atomic<int32_t> pending{0};               // withdrawal jobs the controller still holds
+    };
+    const std::shared_ptr<WithdrawalGate> withdrawals_;
     std::shared_ptr<vorx::vcc::orxmaintaind::type::OrxMaintaindType> coreType_;
     std::shared_ptr<type::OrxMaintaindType> ownType_;
     // The daemon's methods (entity id to topic map) and events (entity id to name).

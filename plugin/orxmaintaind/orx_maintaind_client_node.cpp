@@ -55,7 +55,7 @@ void OrxMaintaindClient::StartToRegisterNodePid() {
     const std::shared_ptr<OrxMaintaindClient> self = GetInstance();
     const vorx::vcc::EventHandle handle = eventController_->NewEvent(
         vorx::vcc::EventScheduleMode::kOneShot, [self] { self->RegisterNodePidInfo(); },
-        vorx::vcc::GetCurMonoTime(), -1);
+        eventController_->GetCurMonoTime(), -1);
     logger_->LogDebug() << "Begin to insert register node pid event[" << handle << "]";
     eventController_->InsertEvent(handle);
 }
@@ -101,7 +101,9 @@ OrxMaintaindClient::ErrorCode OrxMaintaindClient::RegisterNodePidAndState(
     node.nodePidInfo.isOnline = isOnline;
     logger_->LogVerbose() << "Begin to register app : " << appName << " of pid :" << pid
                           << ", online status is : " << isOnline;
-    switch (RequestRegisterApp(proxy, request, ReplyWait::kSystemDeadline)) {
+    const DaemonLink link{
+        proxy, eventController_ ? eventController_->Clock() : vorx::vcc::MonoClock::Real()};
+    switch (RequestRegisterApp(link, request, ReplyWait::kSystemDeadline)) {
         case RequestOutcome::kNoMethod:
             logger_->LogDebug() << "Proxy is not created, register node pid and state fail";
             return ErrorCode::kNotInitialized;

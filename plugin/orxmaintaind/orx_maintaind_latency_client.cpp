@@ -30,9 +30,11 @@ const char* ModeText(const LatencyMode& mode) {
 
 }  // namespace
 
-OrxMaintaindLatencyClient::OrxMaintaindLatencyClient()
+OrxMaintaindLatencyClient::OrxMaintaindLatencyClient(
+    std::shared_ptr<vorx::vcc::EventController> controller)
     : logger_(ara::kelda::common::log::Log::GetLog("CM")),
-      eventController_(vorx::vcc::EventController::GetInstance()),
+      eventController_(controller ? std::move(controller)
+                                  : vorx::vcc::EventController::GetInstance()),
       owner_(OrxMaintaindClient::GetInstance()),
       queryTaskHandle_(std::numeric_limits<vorx::vcc::EventHandle>::max()),
       // The daemon says 0 for "enable" and 1 for "disable"; the core's analysis mode has the
@@ -198,7 +200,7 @@ void OrxMaintaindLatencyClient::ChangeEventLatencyMode(const LatencyMode& mode,
     const vorx::vcc::EventHandle handle = eventController_->NewEvent(
         vorx::vcc::EventScheduleMode::kOneShot,
         [self, index, mode, ack]() { self->SendLatencyModeAck(index, mode, ack); },
-        vorx::vcc::GetCurMonoTime(), -1);
+        eventController_->GetCurMonoTime(), -1);
     logger_->LogDebug() << "Begin to insert send latency mode ack event[" << handle << "]";
     eventController_->InsertEvent(handle);
 }

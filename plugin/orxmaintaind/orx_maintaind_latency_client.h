@@ -60,10 +60,13 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     using QueryHandler = std::function<vorx::vcc::api::types::LatencyResult()>;
     using EventInfoMap = std::map<DriverType, std::shared_ptr<EventInfo>>;
 
-    // Takes the "CM" logger, the process-wide EventController and a weak reference to the
-    // maintenance client; fills the mode translation.
+    // Takes the "CM" logger, `controller` (the process-wide EventController when null) and a
+    // weak reference to the maintenance client; fills the mode translation. The acknowledgement
+    // and query jobs run on that controller, and its clock gives their start times, the 300 ms
+    // reply wait and the results' notification times.
     // REQUIRES: the maintenance client exists (do not make one inside its constructor).
-    OrxMaintaindLatencyClient();
+    explicit OrxMaintaindLatencyClient(
+        std::shared_ptr<vorx::vcc::EventController> controller = nullptr);
     // Deletes the query task (a no-op when it never started). While the task exists it holds
     // this client, so in practice this runs at process exit or when the task never started.
     ~OrxMaintaindLatencyClient();
@@ -131,7 +134,7 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     // Calls `handler`; reports its result through `info` unless the maximum figure is 0.
     void SendLatencyResult(const QueryHandler& handler,
                            const std::shared_ptr<orx::maintaind::LatencyInfo>& info);
-    // Milliseconds of the monotonic clock.
+    // Milliseconds of the controller's clock (the monotonic clock in production).
     uint64_t RecordNotifyTime() const;
     void NotifyLatencyResult(const std::shared_ptr<orx::maintaind::LatencyInfo>& info);
     // Sends one latency record to the daemon and waits up to 300 ms for the reply. Failures are

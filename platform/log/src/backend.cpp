@@ -141,39 +141,54 @@ void Backend::RecomputeMinLevelLocked() {
     minLevel_.store(static_cast<uint8_t>(lowest), std::memory_order_relaxed);
 }
 
-void Backend::Configure(const std::string& appId, const std::string& contextId, LogLevel level,
-                        const std::string& description) {
-    std::string invalidLevel;
-    LevelFromEnvironment(&level, &invalidLevel);
-    const char* fileVariable = std::getenv(kFileVariable);
-    const std::string filePath = fileVariable == nullptr ? std::string() : fileVariable;
+bool Backend::SetUp(const LogSetup& setup) {
+    bool first = false;
+    std::string keptAppId;
     std::string fileError;
     {
         orx::sync::MutexLock lock(mutex_);
-        appId_ = appId;
-        defaultContext_ = contextId;
-        description_ = description;
-        console_->SetThreshold(level);
-        if (!filePath.empty()) {
-            if (file_ && file_->Path() == filePath) {
-                file_->SetThreshold(level);
-            } else if (auto file = FileSink::Open(filePath, level, &fileError)) {
-                sinks_.erase(std::remove(sinks_.begin(), sinks_.end(), file_), sinks_.end());
-                file_ = file;
-                sinks_.push_back(std::move(file));
+        first = !setUp_;
+        if (!first) {
+            keptAppId = appId_;
+        } else {
+            setUp_ = true;
+            appId_ = setup.appId;
+            defaultContext_ = setup.contextId;
+            description_ = setup.description;
+            console_->SetThreshold(setup.level);
+            if (!setup.filePath.empty()) {
+                file_ = FileSink::Open(setup.filePath, setup.level, &fileError);
+                if (file_) {
+                    sinks_.push_back(file_);
+                }
             }
+            RecomputeMinLevelLocked();
         }
-        RecomputeMinLevelLocked();
     }
     // Reported after the lock is released: reporting goes through Emit.
-    if (!invalidLevel.empty()) {
-        GetLog(contextId)->LogWarn()
-            << "[Log][Invalid " << kLevelVariable << " ignored][value=" << invalidLevel
-            << ", used=" << LevelName(level) << "]";
+    if (!first) {
+        GetLog(setup.contextId)->LogDebug()
+            << "[Log][Logging was set up before, keeping it][appId=" << keptAppId
+            << ", ignoredAppId=" << setup.appId << "]";
+        return false;
     }
     if (!fileError.empty()) {
-        GetLog(contextId)->LogWarn()
-            << "[Log][Cannot open log file][file=" << filePath << ", reason=" << fileError << "]";
+        GetLog(setup.contextId)->LogWarn() << "[Log][Cannot open log file][file=" << setup.filePath
+                                           << ", reason=" << fileError << "]";
+    }
+    return true;
+}
+
+void Backend::InitFromEnvironment(LogSetup setup) {
+    std::string invalidLevel;
+    LevelFromEnvironment(&setup.level, &invalidLevel);
+    const char* file = std::getenv(kFileVariable);
+    setup.filePath = file == nullptr ? std::string() : std::string(file);
+    // Only the set-up that counts reports a bad level, so it is reported once.
+    if (SetUp(setup) && !invalidLevel.empty()) {
+        GetLog(setup.contextId)->LogWarn()
+            << "[Log][Invalid " << kLevelVariable << " ignored][value=" << invalidLevel
+            << ", used=" << LevelName(setup.level) << "]";
     }
 }
 

@@ -39,9 +39,10 @@ class Backend {
     LogLevel ConsoleThreshold() const;
     void RefreshThresholds() EXCLUDES(mutex_);
 
-    // Log::InitLog.
-    void Configure(const std::string& appId, const std::string& contextId, LogLevel level,
-                   const std::string& description) EXCLUDES(mutex_, registryMutex_);
+    // Log::SetUp: false, changing nothing, when the process set its logging up before.
+    bool SetUp(const LogSetup& setup) EXCLUDES(mutex_, registryMutex_);
+    // Log::InitLog: SetUp with ORX_LOG_LEVEL and ORX_LOG_FILE applied.
+    void InitFromEnvironment(LogSetup setup) EXCLUDES(mutex_, registryMutex_);
     std::shared_ptr<Log> GetLog(const std::string& contextId) EXCLUDES(registryMutex_);
     std::string DefaultContext() const EXCLUDES(mutex_);
 
@@ -55,7 +56,8 @@ class Backend {
     std::vector<std::shared_ptr<LogSink>> sinks_ GUARDED_BY(mutex_);
     // Made by the constructor and never replaced; the sink's threshold is atomic.
     std::shared_ptr<ConsoleSink> console_;
-    std::shared_ptr<FileSink> file_ GUARDED_BY(mutex_);  // from ORX_LOG_FILE, also in sinks_
+    std::shared_ptr<FileSink> file_ GUARDED_BY(mutex_);  // from the set-up, also in sinks_
+    bool setUp_ GUARDED_BY(mutex_) = false;              // the first SetUp or InitLog happened
     std::string appId_ GUARDED_BY(mutex_);
     std::string defaultContext_ GUARDED_BY(mutex_);
     std::string description_ GUARDED_BY(mutex_);

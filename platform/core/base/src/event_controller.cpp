@@ -40,16 +40,19 @@ QueueKey KeyOf(const Job& job) {
     return QueueKey(job.start, job.seq, job.handle);
 }
 
-std::chrono::steady_clock::time_point ToSteady(long monoNs) {
-    // steady_clock is CLOCK_MONOTONIC on Linux, the same clock as GetCurMonoTime().
-    return std::chrono::steady_clock::time_point(std::chrono::nanoseconds(monoNs));
-}
-
 }  // namespace
 
 class EventController::Impl {
   public:
-    Impl() : log_(Log::GetLog("CM")) {}
+    explicit Impl(std::shared_ptr<MonoClock> clock)
+        : log_(Log::GetLog("CM")), clock_(std::move(clock)) {}
+
+    const std::shared_ptr<MonoClock>& Clock() const { return clock_; }
+
+    bool OnWorkerThread() const EXCLUDES(mutex_) {
+        orx::sync::MutexLock lock(mutex_);
+        return std::this_thread::get_id() == workerId_;
+    }
 
     void Start(const std::shared_ptr<Impl>& self) EXCLUDES(mutex_) {
         // The worker keeps the state alive, so a controller destroyed from inside one of its
@@ -133,14 +136,15 @@ class EventController::Impl {
         return queue_.size();
     }
 
-    bool WaitForDueOneShotJobs(std::chrono::milliseconds timeout) EXCLUDES(mutex_) {
+    bool WaitForDueJobs(std::chrono::milliseconds timeout, bool cyclicToo) EXCLUDES(mutex_) {
         orx::sync::MutexLock lock(mutex_);
         if (std::this_thread::get_id() == workerId_) {
             return false;
         }
         const auto deadline = std::chrono::steady_clock::now() + timeout;
-        return doneCv_.WaitUntil(
-            mutex_, deadline, [this]() REQUIRES(mutex_) { return !busy_ && !DueOneShotLocked(); });
+        return doneCv_.WaitUntil(mutex_, deadline, [this, cyclicToo]() REQUIRES(mutex_) {
+            return !busy_ && !DueLocked(cyclicToo);
+        });
     }
 
   private:
@@ -155,8 +159,8 @@ class EventController::Impl {
                 continue;
             }
             const QueueKey first = *queue_.begin();
-            if (std::get<0>(first) > GetCurMonoTime()) {
-                wakeCv_.WaitUntil(mutex_, ToSteady(std::get<0>(first)));
+            if (std::get<0>(first) > clock_->Now()) {
+                clock_->WaitUntil(mutex_, wakeCv_, std::get<0>(first));
                 continue;
             }
             queue_.erase(queue_.begin());
@@ -180,15 +184,16 @@ class EventController::Impl {
         }
     }
 
-    // A one-shot job that should have started by now waits in the queue.
-    bool DueOneShotLocked() const REQUIRES(mutex_) {
-        const long now = GetCurMonoTime();
+    // A job that should have started by now waits in the queue (a one-shot one, or any).
+    bool DueLocked(bool cyclicToo) const REQUIRES(mutex_) {
+        const long now = clock_->Now();
         for (const QueueKey& key : queue_) {
             if (std::get<0>(key) > now) {
                 return false;  // the queue is ordered by start
             }
             const auto it = jobs_.find(std::get<2>(key));
-            if (it != jobs_.end() && it->second->mode != EventScheduleMode::kCyclic) {
+            if (it != jobs_.end() &&
+                (cyclicToo || it->second->mode != EventScheduleMode::kCyclic)) {
                 return true;
             }
         }
@@ -219,7 +224,7 @@ class EventController::Impl {
             return;
         }
         long next = job->start + job->period;
-        const long now = GetCurMonoTime();
+        const long now = clock_->Now();
         if (now - next >= job->period) {
             // Fell behind by more than a period: skip to the latest slot that is due.
             next += ((now - next) / job->period) * job->period;
@@ -248,6 +253,7 @@ class EventController::Impl {
     }
 
     const std::shared_ptr<Log> log_;
+    const std::shared_ptr<MonoClock> clock_;
     std::thread worker_;
 
     mutable orx::sync::Mutex mutex_;
@@ -286,8 +292,19 @@ std::shared_ptr<EventController> EventController::GetInstance() {
     return *instance;
 }
 
-EventController::EventController() : impl_(std::make_shared<Impl>()) {
+EventController::EventController() : EventController(MonoClock::Real()) {}
+
+EventController::EventController(std::shared_ptr<MonoClock> clock)
+    : impl_(std::make_shared<Impl>(std::move(clock))) {
     impl_->Start(impl_);
+}
+
+long EventController::GetCurMonoTime() const {
+    return impl_->Clock()->Now();
+}
+
+const std::shared_ptr<MonoClock>& EventController::Clock() const {
+    return impl_->Clock();
 }
 
 EventController::~EventController() {
@@ -312,7 +329,15 @@ std::size_t EventController::PendingCount() const {
 }
 
 bool EventController::WaitForDueOneShotJobs(std::chrono::milliseconds timeout) {
-    return impl_->WaitForDueOneShotJobs(timeout);
+    return impl_->WaitForDueJobs(timeout, false);
+}
+
+bool EventController::WaitForDueJobs(std::chrono::milliseconds timeout) {
+    return impl_->WaitForDueJobs(timeout, true);
+}
+
+bool EventController::OnWorkerThread() const {
+    return impl_->OnWorkerThread();
 }
 
 }  // namespace vorx::vcc

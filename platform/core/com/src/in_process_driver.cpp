@@ -1,6 +1,5 @@
 #include "vorx/vcc/driver/in_process_driver.h"
 
-#include <cstdlib>
 #include <map>
 #include <set>
 #include <string>
@@ -52,14 +51,6 @@ struct ClientEntry {
 bool SameService(const ServiceDescription& a, const ServiceDescription& b) {
     return a.driverType == b.driverType && a.serviceId == b.serviceId &&
            a.serviceName == b.serviceName && a.instanceId == b.instanceId;
-}
-
-PayloadMode ModeFromEnvironment() {
-    const char* text = std::getenv("ORX_INPROCESS_PAYLOAD");
-    if (text != nullptr && std::string(text) == "objects") {
-        return PayloadMode::kObjects;
-    }
-    return PayloadMode::kBytes;
 }
 
 }  // namespace
@@ -289,8 +280,7 @@ class InProcessDriver::Impl {
     TaskThread clientRx_{"vcc-inproc-cli"};
 };
 
-InProcessDriver::InProcessDriver()
-    : impl_(std::make_unique<Impl>()), mode_(ModeFromEnvironment()) {}
+InProcessDriver::InProcessDriver(PayloadMode mode) : impl_(std::make_unique<Impl>()), mode_(mode) {}
 
 InProcessDriver::~InProcessDriver() = default;
 
