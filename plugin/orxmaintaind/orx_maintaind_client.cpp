@@ -8,6 +8,7 @@
 
 #include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
 #include "maintaind/maintaind_listener.h"
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_constants.h"
 #include "orxmaintaind/orx_maintaind_e2e_client.h"
 #include "orxmaintaind/orx_maintaind_event_client.h"
@@ -75,6 +76,7 @@ OrxMaintaindClient::OrxMaintaindClient(ConstructionKey /*key*/)
       ownType_(type::OrxMaintaindType::GetInstance()),
       methodTopics_(ownType_->GetMethodTable()),
       eventNames_(ownType_->GetEventTable()) {
+    orx::sync::MutexLock lock(withdrawals_->mutex);
     withdrawals_->client = this;
 }
 
@@ -91,13 +93,13 @@ OrxMaintaindClient::~OrxMaintaindClient() {
         SleepFully(kWithdrawalWaitNs);
     }
     {
-        std::lock_guard<std::mutex> lock(withdrawals_->mutex);
+        orx::sync::MutexLock lock(withdrawals_->mutex);
         withdrawals_->client = nullptr;
     }
     if (eventController_) {
         vorx::vcc::EventHandle periodic = vorx::vcc::kInvalidEventHandle;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             periodic = periodicEventHandle_;
         }
         eventController_->DelEvent(periodic);
@@ -163,7 +165,7 @@ void OrxMaintaindClient::MaintaindServiceAvailabilityCallback(
     if (!client) {
         return;
     }
-    std::lock_guard<std::mutex> lock(client->mutex_);
+    orx::sync::MutexLock lock(client->mutex_);
     if (handles.empty()) {
         // The daemon went away; the proxy stays and talks to it again once it is back.
         client->logger_->LogWarn() << "Cannot find any maintaindServer service";
@@ -175,7 +177,7 @@ void OrxMaintaindClient::MaintaindServiceAvailabilityCallback(
     }
     {
         const auto proxy = std::make_shared<vorx::vcc::Proxy>(handles.front());
-        std::lock_guard<std::mutex> proxyLock(client->proxyMutex_);
+        orx::sync::MutexLock proxyLock(client->proxyMutex_);
         client->maintaindProxy_ = proxy;
     }
     client->logger_->LogInfo() << "Find maintaind service and create proxy successfully[instanceId="
@@ -225,7 +227,7 @@ vorx::vcc::api::types::ListenerDescriptor OrxMaintaindClient::GetMaintaindClient
         return descriptor;
     }
     descriptor.kind = static_cast<uint8_t>(vorx::vcc::api::types::ListenerKind::MAINTENANCE);
-    std::lock_guard<std::mutex> lock(listenerMutex_);
+    orx::sync::MutexLock lock(listenerMutex_);
     if (!listener_) {
         listener_ = std::make_shared<maintaind::MaintaindListener>();
     }
@@ -260,7 +262,7 @@ void OrxMaintaindClient::UseEventController(
 }
 
 std::shared_ptr<vorx::vcc::Proxy> OrxMaintaindClient::GetMaintaindProxy() const {
-    std::lock_guard<std::mutex> lock(proxyMutex_);
+    orx::sync::MutexLock lock(proxyMutex_);
     return maintaindProxy_;
 }
 
@@ -274,17 +276,17 @@ int32_t OrxMaintaindClient::GetProcessPid() const {
 }
 
 std::string OrxMaintaindClient::GetApplicationName() const {
-    std::lock_guard<std::mutex> lock(nameMutex_);
+    orx::sync::MutexLock lock(nameMutex_);
     return applicationName_;
 }
 
 void OrxMaintaindClient::SetApplicationName(const std::string& name) {
-    std::lock_guard<std::mutex> lock(nameMutex_);
+    orx::sync::MutexLock lock(nameMutex_);
     applicationName_ = name;
 }
 
 void OrxMaintaindClient::EnsureApplicationName() {
-    std::lock_guard<std::mutex> lock(nameMutex_);
+    orx::sync::MutexLock lock(nameMutex_);
     if (applicationName_.empty()) {
         applicationName_ = applicationNameService_->GetAppName();
     }

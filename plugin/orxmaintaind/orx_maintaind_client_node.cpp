@@ -1,6 +1,7 @@
 // Node registration: the process reports its application name, pid and online state once, and
 // withdraws the report when the client is destroyed.
 
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_constants.h"
 #include "orxmaintaind/orx_maintaind_request.h"
@@ -60,7 +61,7 @@ void OrxMaintaindClient::StartToRegisterNodePid() {
 }
 
 void OrxMaintaindClient::RegisterNodePidInfo() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (!GetMaintaindProxy() || !methodReady_) {
         nodeState_ = kNodePending;
         return;
@@ -127,13 +128,13 @@ OrxMaintaindClient::ErrorCode OrxMaintaindClient::RegisterNodePidAndState(
 }
 
 void OrxMaintaindClient::UnregisterNodePidInfo() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (nodeState_ != kNodeDone) {
         // A node that never reached the daemon has nothing to withdraw.
         logger_->LogDebug() << "Maybe RegisterNodePid fail, UnregisterNodePid ingore...";
         return;
     }
-    std::call_once(unregisterOnce_, [this] {
+    std::call_once(unregisterOnce_, [this]() REQUIRES(mutex_) {
         const std::string name = GetApplicationName();
         const int32_t pid = GetProcessPid();
         const ErrorCode result = RegisterNodePidAndState(name, pid, false);

@@ -111,7 +111,7 @@ void OrxMaintaindClient::ScheduleWithdrawal(const std::function<void(OrxMaintain
     const auto ticket = std::make_shared<PendingTicket<WithdrawalGate>>(gate);
     const bool scheduled = ScheduleJob(
         [gate, ticket, job] {
-            std::lock_guard<std::mutex> lock(gate->mutex);
+            orx::sync::MutexLock lock(gate->mutex);
             if (gate->client != nullptr) {
                 job(*gate->client);
             }

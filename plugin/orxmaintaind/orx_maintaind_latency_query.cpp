@@ -8,6 +8,7 @@
 #include "ara/core/error_code.h"
 #include "ara/core/future.h"
 #include "orx/maintaind/app.h"
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_latency_client.h"
 #include "orxmaintaind/orx_maintaind_request.h"
 #include "orxmaintaind/orx_maintaind_type.h"
@@ -31,7 +32,7 @@ constexpr long kQueryPeriodNs = 1000000000L;
 void OrxMaintaindLatencyClient::RegisterLatencyQuery(QueryHandler handler,
                                                      const std::shared_ptr<EventInfo>& info,
                                                      const DriverType& driverType) {
-    std::lock_guard<std::mutex> lock(queryMutex_);
+    orx::sync::MutexLock lock(queryMutex_);
     if (!info) {
         return;
     }
@@ -69,7 +70,7 @@ void OrxMaintaindLatencyClient::InitializeQueryTask() {
 }
 
 void OrxMaintaindLatencyClient::QueryLatencyResult() {
-    std::lock_guard<std::mutex> lock(queryMutex_);
+    orx::sync::MutexLock lock(queryMutex_);
     logger_->LogVerbose() << "Query latency task running";
     // An enabled event whose handler is gone (unregistered) is skipped.
     for (const DDSLatencyIndex& key : ddsEnabledSubs_) {

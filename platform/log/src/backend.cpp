@@ -77,7 +77,7 @@ void Backend::Emit(const std::string& contextId, LogLevel level, std::string tex
     const int pid = pid_.load(std::memory_order_relaxed);
     LogRecord record{level, std::string(),        contextId, std::move(text), NowNs(CLOCK_REALTIME),
                      pid,   CurrentThreadId(pid), suppressed};
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     record.appId = appId_;
     t_insideSink = true;
     for (const auto& sink : sinks_) {
@@ -94,7 +94,7 @@ void Backend::Emit(const std::string& contextId, LogLevel level, std::string tex
 
 bool Backend::AllowLimited(const LogLimitConfig& limit, uint32_t* suppressed) {
     const int64_t now = NowNs(CLOCK_MONOTONIC);
-    std::lock_guard<std::mutex> lock(limiterMutex_);
+    orx::sync::MutexLock lock(limiterMutex_);
     return limiter_.Allow(limit, now, suppressed);
 }
 
@@ -102,7 +102,7 @@ void Backend::AddSink(std::shared_ptr<LogSink> sink) {
     if (!sink) {
         return;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (std::find(sinks_.begin(), sinks_.end(), sink) == sinks_.end()) {
         sinks_.push_back(std::move(sink));
     }
@@ -110,7 +110,7 @@ void Backend::AddSink(std::shared_ptr<LogSink> sink) {
 }
 
 void Backend::RemoveSink(const std::shared_ptr<LogSink>& sink) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     sinks_.erase(std::remove(sinks_.begin(), sinks_.end(), sink), sinks_.end());
     if (sink == file_) {
         file_.reset();
@@ -119,7 +119,7 @@ void Backend::RemoveSink(const std::shared_ptr<LogSink>& sink) {
 }
 
 void Backend::SetConsoleThreshold(LogLevel level) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     console_->SetThreshold(level);
     RecomputeMinLevelLocked();
 }
@@ -129,7 +129,7 @@ LogLevel Backend::ConsoleThreshold() const {
 }
 
 void Backend::RefreshThresholds() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     RecomputeMinLevelLocked();
 }
 
@@ -146,7 +146,7 @@ bool Backend::SetUp(const LogSetup& setup) {
     std::string keptAppId;
     std::string fileError;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         first = !setUp_;
         if (!first) {
             keptAppId = appId_;
@@ -193,7 +193,7 @@ void Backend::InitFromEnvironment(LogSetup setup) {
 }
 
 std::shared_ptr<Log> Backend::GetLog(const std::string& contextId) {
-    std::lock_guard<std::mutex> lock(registryMutex_);
+    orx::sync::MutexLock lock(registryMutex_);
     auto& slot = logs_[contextId];
     if (!slot) {
         slot = std::make_shared<Log>(contextId);
@@ -202,7 +202,7 @@ std::shared_ptr<Log> Backend::GetLog(const std::string& contextId) {
 }
 
 std::string Backend::DefaultContext() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return defaultContext_;
 }
 

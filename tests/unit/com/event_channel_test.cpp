@@ -56,16 +56,18 @@ class EventChannelTest : public orx::test::LogCaptureTest,
         return samples;
     }
 
+    // The threads the receive handler ran on. Declared before the proxy, so that a handler run
+    // still queued when a test body ends finds it alive until the proxy has stopped.
+    orx::test::Watched<std::vector<std::thread::id>> calls_;
     std::unique_ptr<Skeleton> skeleton_;
     std::unique_ptr<Proxy> proxy_;
 };
 
 TEST_P(EventChannelTest, CacheKeepsTheNewestInOrderAndMaxCountLimitsOneRead) {
-    orx::test::Watched<std::vector<std::thread::id>> calls;  // the threads the handler ran on
     proxy_->SetEventThreadNumber(0, 1024);
     proxy_->SetReceiveHandler(
-        [&calls] {
-            calls.Change([](auto& threads) { threads.push_back(std::this_thread::get_id()); });
+        [this] {
+            calls_.Change([](auto& threads) { threads.push_back(std::this_thread::get_id()); });
         },
         kEventId);
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 3));
@@ -88,8 +90,8 @@ TEST_P(EventChannelTest, CacheKeepsTheNewestInOrderAndMaxCountLimitsOneRead) {
     EXPECT_TRUE(Drain(10).empty());
 
     // The handler ran, on the proxy's event thread, not on the publisher's.
-    ASSERT_TRUE(calls.WaitFor([](const auto& threads) { return !threads.empty(); }));
-    for (const auto& thread : calls.Get()) {
+    ASSERT_TRUE(calls_.WaitFor([](const auto& threads) { return !threads.empty(); }));
+    for (const auto& thread : calls_.Get()) {
         EXPECT_NE(thread, std::this_thread::get_id());
     }
 }

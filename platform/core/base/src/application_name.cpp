@@ -15,12 +15,12 @@ std::shared_ptr<ApplicationName> ApplicationName::GetInstance() {
 
 void ApplicationName::Configure(const std::string& name) {
     const auto instance = GetInstance();
-    std::lock_guard<std::mutex> lock(instance->mutex_);
+    orx::sync::MutexLock lock(instance->mutex_);
     instance->name_ = name;
 }
 
 std::string ApplicationName::GetAppName() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return name_;
 }
 

@@ -3,16 +3,16 @@
 #include <dlfcn.h>
 
 #include <atomic>
-#include <mutex>
 
 #include "ara/kelda/common/log/log.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/register_dfx_interface.h"
 
 namespace vorx::vcc {
 namespace {
 
 struct LoaderState {
-    std::mutex mutex;                 // serialises Load
+    orx::sync::Mutex mutex;           // serialises Load
     std::atomic<bool> loaded{false};  // read without the lock: the plug-in may ask while loading
 };
 
@@ -25,7 +25,7 @@ LoaderState& State() {
 
 bool DfxPluginLoader::Load(const std::string& path) {
     LoaderState& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    orx::sync::MutexLock lock(state.mutex);
     if (state.loaded.load()) {
         return true;
     }

@@ -14,11 +14,11 @@ class RealMonoClock final : public MonoClock {
   public:
     long Now() const override { return GetCurMonoTime(); }
 
-    void WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& cv,
-                   long deadline) override {
+    void WaitUntil(orx::sync::Mutex& mutex, orx::sync::CondVar& cv, long deadline)
+        REQUIRES(mutex) override {
         // steady_clock is CLOCK_MONOTONIC on Linux, the same clock as GetCurMonoTime().
-        cv.wait_until(lock,
-                      std::chrono::steady_clock::time_point(std::chrono::nanoseconds(deadline)));
+        cv.WaitUntil(mutex,
+                     std::chrono::steady_clock::time_point(std::chrono::nanoseconds(deadline)));
     }
 
     bool WaitFor(long deadline, const RealWait& wait) override {
@@ -54,12 +54,11 @@ long ManualMonoClock::Now() const {
     return base_.load() + ReleasedFor();
 }
 
-void ManualMonoClock::WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& cv,
-                                long deadline) {
-    const auto waiter = std::make_shared<Waiter>(Waiter{lock.mutex(), &cv});
+void ManualMonoClock::WaitUntil(orx::sync::Mutex& mutex, orx::sync::CondVar& cv, long deadline) {
+    const auto waiter = std::make_shared<Waiter>(Waiter{&mutex, &cv});
     bool released = false;
     {
-        std::lock_guard<std::mutex> guard(mutex_);
+        orx::sync::MutexLock guard(mutex_);
         if (Now() >= deadline) {
             return;
         }
@@ -72,39 +71,40 @@ void ManualMonoClock::WaitUntil(std::unique_lock<std::mutex>& lock, std::conditi
     }
     if (released) {
         // The time runs by itself now; nobody advances it any more.
-        cv.wait_for(lock, std::chrono::nanoseconds(deadline - Now()));
+        cv.WaitUntil(mutex, std::chrono::steady_clock::now() +
+                                std::chrono::nanoseconds(std::max(0L, deadline - Now())));
         return;
     }
-    cv.wait(lock);
+    cv.Wait(mutex);
     // Leave the list without the caller's lock: an Advance may be about to take it.
-    lock.unlock();
+    mutex.Unlock();
     {
-        std::unique_lock<std::mutex> guard(mutex_);
-        idle_.wait(guard, [this] { return notifying_ == 0; });
+        orx::sync::MutexLock guard(mutex_);
+        idle_.Wait(mutex_, [this]() REQUIRES(mutex_) { return notifying_ == 0; });
         waiters_.erase(std::remove(waiters_.begin(), waiters_.end(), waiter), waiters_.end());
     }
-    lock.lock();
+    mutex.Lock();
 }
 
 bool ManualMonoClock::WaitFor(long deadline, const RealWait& wait) {
     const auto poller = std::make_shared<uint64_t>(0);
     uint64_t advances = 0;
     {
-        std::lock_guard<std::mutex> guard(mutex_);
+        orx::sync::MutexLock guard(mutex_);
         *poller = advances_;
         pollers_.push_back(poller);
     }
     const auto seen = [&] {
         {
-            std::lock_guard<std::mutex> guard(mutex_);
+            orx::sync::MutexLock guard(mutex_);
             *poller = advances;
         }
-        seen_.notify_all();
+        seen_.NotifyAll();
     };
     bool result = false;
     for (;;) {
         {
-            std::lock_guard<std::mutex> guard(mutex_);
+            orx::sync::MutexLock guard(mutex_);
             advances = advances_;
         }
         if (released_.load()) {
@@ -122,10 +122,10 @@ bool ManualMonoClock::WaitFor(long deadline, const RealWait& wait) {
         seen();
     }
     {
-        std::lock_guard<std::mutex> guard(mutex_);
+        orx::sync::MutexLock guard(mutex_);
         pollers_.erase(std::remove(pollers_.begin(), pollers_.end(), poller), pollers_.end());
     }
-    seen_.notify_all();
+    seen_.NotifyAll();
     return result;
 }
 
@@ -133,7 +133,7 @@ void ManualMonoClock::Advance(std::chrono::nanoseconds step) {
     std::vector<std::shared_ptr<Waiter>> toWake;
     uint64_t advance = 0;
     {
-        std::lock_guard<std::mutex> guard(mutex_);
+        orx::sync::MutexLock guard(mutex_);
         base_.fetch_add(std::max(0L, static_cast<long>(step.count())));
         advance = ++advances_;
         toWake = waiters_;
@@ -141,13 +141,13 @@ void ManualMonoClock::Advance(std::chrono::nanoseconds step) {
     }
     // Waiters stay in the list, and so stay alive, until notifying_ is back at 0.
     for (const auto& waiter : toWake) {
-        std::lock_guard<std::mutex> lock(*waiter->mutex);
-        waiter->cv->notify_all();
+        orx::sync::MutexLock lock(*waiter->mutex);
+        waiter->cv->NotifyAll();
     }
-    std::unique_lock<std::mutex> guard(mutex_);
+    orx::sync::MutexLock guard(mutex_);
     --notifying_;
-    idle_.notify_all();
-    seen_.wait(guard, [this, advance] {
+    idle_.NotifyAll();
+    seen_.Wait(mutex_, [this, advance]() REQUIRES(mutex_) {
         return std::all_of(pollers_.begin(), pollers_.end(),
                            [advance](const auto& poller) { return *poller >= advance; });
     });
@@ -155,7 +155,7 @@ void ManualMonoClock::Advance(std::chrono::nanoseconds step) {
 
 void ManualMonoClock::Release() {
     {
-        std::lock_guard<std::mutex> guard(mutex_);
+        orx::sync::MutexLock guard(mutex_);
         if (released_.load()) {
             return;
         }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "ara/kelda/common/log/log.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 namespace {
@@ -36,7 +37,7 @@ const DriverSettings& DriverRegistry::SettingsLocked() const {
 }
 
 void DriverRegistry::Configure(const DriverSettings& settings) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     settings_ = settings;
     if (inProcess_) {
         inProcess_->SetPayloadMode(settings.inProcessPayload);
@@ -44,17 +45,17 @@ void DriverRegistry::Configure(const DriverSettings& settings) {
 }
 
 DriverSettings DriverRegistry::Settings() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return SettingsLocked();
 }
 
 std::string DriverRegistry::ConfiguredName(DriverType binding) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return SettingsLocked().NameOf(binding);
 }
 
 std::shared_ptr<InProcessDriver> DriverRegistry::GetInProcessDriver() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (!inProcess_) {
         inProcess_ = std::make_shared<InProcessDriver>(SettingsLocked().inProcessPayload);
     }
@@ -63,14 +64,14 @@ std::shared_ptr<InProcessDriver> DriverRegistry::GetInProcessDriver() {
 
 std::shared_ptr<Driver> DriverRegistry::GetDriver(DriverType binding) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const auto& driver = drivers_[IndexOf(binding)];
         if (driver) {
             return driver;
         }
     }
     std::shared_ptr<Driver> made = Create(binding);
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto& slot = drivers_[IndexOf(binding)];
     if (!slot) {
         slot = std::move(made);
@@ -83,7 +84,7 @@ std::shared_ptr<Driver> DriverRegistry::Create(DriverType binding) {
     if (name != kInProcessDriverName) {
         Factory factory;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto made = made_.find(name);
             if (made != made_.end()) {
                 return made->second;
@@ -95,7 +96,7 @@ std::shared_ptr<Driver> DriverRegistry::Create(DriverType binding) {
         }
         std::shared_ptr<Driver> driver = factory ? factory() : nullptr;
         if (driver) {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             return made_.emplace(name, std::move(driver)).first->second;
         }
         ara::kelda::common::log::Log::GetLog("CM")->LogWarn()
@@ -106,12 +107,12 @@ std::shared_ptr<Driver> DriverRegistry::Create(DriverType binding) {
 }
 
 void DriverRegistry::SetDriver(DriverType binding, std::shared_ptr<Driver> driver) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     drivers_[IndexOf(binding)] = std::move(driver);
 }
 
 void DriverRegistry::RegisterFactory(const std::string& name, Factory factory) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     factories_[name] = std::move(factory);
 }
 

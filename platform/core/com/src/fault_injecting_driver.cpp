@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "orx/sync/mutex.h"
 #include "task_thread.h"
 
 namespace vorx::vcc {
@@ -12,7 +13,7 @@ FaultInjectingDriver::FaultInjectingDriver(std::shared_ptr<Driver> inner)
 FaultInjectingDriver::~FaultInjectingDriver() = default;
 
 void FaultInjectingDriver::Inject(FaultChannel channel, Fault fault, uint32_t count) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto& queue = faults_[static_cast<size_t>(channel)];
     for (uint32_t i = 0; i < count; ++i) {
         queue.push_back(fault);
@@ -20,7 +21,7 @@ void FaultInjectingDriver::Inject(FaultChannel channel, Fault fault, uint32_t co
 }
 
 void FaultInjectingDriver::Clear() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     for (auto& queue : faults_) {
         queue.clear();
     }
@@ -30,32 +31,32 @@ void FaultInjectingDriver::Clear() {
 }
 
 size_t FaultInjectingDriver::PendingFaults(FaultChannel channel) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return faults_[static_cast<size_t>(channel)].size();
 }
 
 uint64_t FaultInjectingDriver::SendCount(FaultChannel channel) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return sends_[static_cast<size_t>(channel)];
 }
 
 void FaultInjectingDriver::SetRequestRewriter(std::function<void(MethodCall&)> rewriter) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     requestRewriter_ = std::move(rewriter);
 }
 
 void FaultInjectingDriver::SetReplyRewriter(std::function<void(MethodReply&)> rewriter) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     replyRewriter_ = std::move(rewriter);
 }
 
 void FaultInjectingDriver::SetRequestDecider(std::function<Fault(const MethodCall&)> decider) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     requestDecider_ = std::move(decider);
 }
 
 bool FaultInjectingDriver::NextFault(FaultChannel channel, Fault& fault) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     ++sends_[static_cast<size_t>(channel)];
     auto& queue = faults_[static_cast<size_t>(channel)];
     if (queue.empty()) {
@@ -119,7 +120,7 @@ bool FaultInjectingDriver::SendRequest(ClientId client, MethodCall call) {
     std::function<void(MethodCall&)> rewriter;
     std::function<Fault(const MethodCall&)> decider;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         rewriter = requestRewriter_;
         decider = requestDecider_;
     }
@@ -138,7 +139,7 @@ bool FaultInjectingDriver::SendRequest(ClientId client, MethodCall call) {
 bool FaultInjectingDriver::SendReply(ProviderId provider, MethodReply reply) {
     std::function<void(MethodReply&)> rewriter;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         rewriter = replyRewriter_;
     }
     if (rewriter) {

@@ -1,7 +1,8 @@
 #include "vorx/driver/dds/participant_settings.h"
 
 #include <algorithm>
-#include <mutex>
+
+#include "orx/sync/mutex.h"
 
 namespace vorx {
 namespace driver {
@@ -148,8 +149,8 @@ void ApplyEnvironment(ParticipantSettings& settings, const EnvLookup& env, Setti
 
 // The settings handed to the process's DDS driver, or read from the environment for it.
 struct ProcessSlot {
-    std::mutex mutex;
-    std::optional<ParticipantSettings> settings;  // guarded by mutex
+    orx::sync::Mutex mutex;
+    std::optional<ParticipantSettings> settings GUARDED_BY(mutex);
 };
 
 ProcessSlot& Slot() {
@@ -192,13 +193,13 @@ ParticipantSettings LoadParticipantSettings(ConfigReader* file,
 
 void SetProcessParticipantSettings(const ParticipantSettings& settings) {
     ProcessSlot& slot = Slot();
-    std::lock_guard<std::mutex> lock(slot.mutex);
+    orx::sync::MutexLock lock(slot.mutex);
     slot.settings = settings;
 }
 
 ParticipantSettings ProcessParticipantSettings() {
     ProcessSlot& slot = Slot();
-    std::lock_guard<std::mutex> lock(slot.mutex);
+    orx::sync::MutexLock lock(slot.mutex);
     if (!slot.settings) {
         slot.settings = LoadParticipantSettings(nullptr, {"", false}, ProcessEnvironment());
     }

@@ -2,9 +2,9 @@
 #define VORX_VCC_APPLICATION_NAME_H
 
 #include <memory>
-#include <mutex>
 #include <string>
 
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/export.h"
 
 namespace vorx::vcc {
@@ -27,8 +27,8 @@ class VCC_EXPORT ApplicationName {
     std::string GetAppName() const;
 
   private:
-    mutable std::mutex mutex_;
-    std::string name_;  // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    std::string name_ GUARDED_BY(mutex_);
 };
 
 }  // namespace vorx::vcc

@@ -6,13 +6,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/export.h"
 
 namespace vorx::vcc {
@@ -38,11 +37,11 @@ class VCC_EXPORT MonoClock {
 
     virtual long Now() const = 0;
 
-    // Blocks on `cv`, whose mutex `lock` holds (as std::condition_variable::wait does), until
-    // `cv` is notified or Now() has reached `deadline`. May return early and may release and
-    // retake the lock: callers check again what they wait for.
-    virtual void WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& cv,
-                           long deadline) = 0;
+    // Blocks on `cv` with `mutex` held (as CondVar::Wait does), until `cv` is notified or Now()
+    // has reached `deadline`. May return early and may release and retake the lock: callers
+    // check again what they wait for.
+    virtual void WaitUntil(orx::sync::Mutex& mutex, orx::sync::CondVar& cv, long deadline)
+        REQUIRES(mutex) = 0;
 
     // Waits until `wait` reports that what the caller waits for has happened, or until Now()
     // has reached `deadline`, and returns `wait`'s last answer. The real clock calls `wait`
@@ -59,8 +58,8 @@ class VCC_EXPORT ManualMonoClock final : public MonoClock {
     ManualMonoClock& operator=(const ManualMonoClock&) = delete;
 
     long Now() const override;
-    void WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& cv,
-                   long deadline) override;
+    void WaitUntil(orx::sync::Mutex& mutex, orx::sync::CondVar& cv, long deadline)
+        REQUIRES(mutex) override;
     // Asks `wait` about one millisecond of real time at a time, and after each answer that is
     // not yet true, holds `deadline` against Now().
     bool WaitFor(long deadline, const RealWait& wait) override;
@@ -79,8 +78,8 @@ class VCC_EXPORT ManualMonoClock final : public MonoClock {
 
   private:
     struct Waiter {
-        std::mutex* mutex;
-        std::condition_variable* cv;
+        orx::sync::Mutex* mutex;
+        orx::sync::CondVar* cv;
     };
 
     long ReleasedFor() const;
@@ -88,14 +87,14 @@ class VCC_EXPORT ManualMonoClock final : public MonoClock {
     std::atomic<long> base_{0};
     std::atomic<bool> released_{false};
     std::atomic<long> releasedAt_{0};  // real time of Release
-    std::mutex mutex_;
-    std::condition_variable idle_;  // no Advance is notifying waiters
-    std::condition_variable seen_;  // a WaitFor held its deadline against the time, or left
-    std::vector<std::shared_ptr<Waiter>> waiters_;  // guarded by mutex_
+    orx::sync::Mutex mutex_;
+    orx::sync::CondVar idle_;  // no Advance is notifying waiters
+    orx::sync::CondVar seen_;  // a WaitFor held its deadline against the time, or left
+    std::vector<std::shared_ptr<Waiter>> waiters_ GUARDED_BY(mutex_);
     // Per running WaitFor, the number of the last Advance it held its deadline against.
-    std::vector<std::shared_ptr<uint64_t>> pollers_;  // guarded by mutex_
-    uint64_t advances_ = 0;                           // guarded by mutex_
-    int notifying_ = 0;                               // guarded by mutex_
+    std::vector<std::shared_ptr<uint64_t>> pollers_ GUARDED_BY(mutex_);
+    uint64_t advances_ GUARDED_BY(mutex_) = 0;
+    int notifying_ GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace vorx::vcc

@@ -5,10 +5,10 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/api/types/driver_type.h"
 #include "vorx/vcc/driver/driver.h"
 #include "vorx/vcc/driver/driver_settings.h"
@@ -63,15 +63,15 @@ class VCC_EXPORT DriverRegistry {
 
   private:
     std::shared_ptr<Driver> Create(api::types::DriverType binding);
-    const DriverSettings& SettingsLocked() const;
+    const DriverSettings& SettingsLocked() const REQUIRES(mutex_);
 
     const ara::kelda::common::orxConfigParser::EnvLookup env_;
-    mutable std::mutex mutex_;
-    mutable std::optional<DriverSettings> settings_;       // guarded by mutex_
-    std::shared_ptr<InProcessDriver> inProcess_;           // guarded by mutex_
-    std::array<std::shared_ptr<Driver>, 3> drivers_;       // guarded by mutex_
-    std::map<std::string, Factory> factories_;             // guarded by mutex_
-    std::map<std::string, std::shared_ptr<Driver>> made_;  // guarded by mutex_: one per factory
+    mutable orx::sync::Mutex mutex_;
+    mutable std::optional<DriverSettings> settings_ GUARDED_BY(mutex_);
+    std::shared_ptr<InProcessDriver> inProcess_ GUARDED_BY(mutex_);
+    std::array<std::shared_ptr<Driver>, 3> drivers_ GUARDED_BY(mutex_);
+    std::map<std::string, Factory> factories_ GUARDED_BY(mutex_);
+    std::map<std::string, std::shared_ptr<Driver>> made_ GUARDED_BY(mutex_);  // one per factory
 };
 
 }  // namespace vorx::vcc

@@ -7,9 +7,9 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/driver/driver.h"
 #include "vorx/vcc/export.h"
 
@@ -105,13 +105,13 @@ class VCC_EXPORT FaultInjectingDriver final : public Driver {
     bool Apply(const Fault& fault, std::function<bool()> forward);
 
     const std::shared_ptr<Driver> inner_;
-    mutable std::mutex mutex_;
-    std::array<std::deque<Fault>, 3> faults_;                 // guarded by mutex_
-    std::array<uint64_t, 3> sends_{};                         // guarded by mutex_
-    std::function<void(MethodCall&)> requestRewriter_;        // guarded by mutex_
-    std::function<void(MethodReply&)> replyRewriter_;         // guarded by mutex_
-    std::function<Fault(const MethodCall&)> requestDecider_;  // guarded by mutex_
-    std::unique_ptr<TaskThread> delayer_;                     // runs delayed sends
+    mutable orx::sync::Mutex mutex_;
+    std::array<std::deque<Fault>, 3> faults_ GUARDED_BY(mutex_);
+    std::array<uint64_t, 3> sends_ GUARDED_BY(mutex_){};
+    std::function<void(MethodCall&)> requestRewriter_ GUARDED_BY(mutex_);
+    std::function<void(MethodReply&)> replyRewriter_ GUARDED_BY(mutex_);
+    std::function<Fault(const MethodCall&)> requestDecider_ GUARDED_BY(mutex_);
+    std::unique_ptr<TaskThread> delayer_;  // runs delayed sends
 };
 
 }  // namespace vorx::vcc
