@@ -178,8 +178,9 @@ std::optional<int> ParseCommandLine(int argc, const char* const* argv, Options& 
                                     std::ostream& out, std::ostream& err) {
     CLI::App app{
         "orxmaint: shows the running system as maintaind knows it (applications, their events, "
-        "methods, fields, E2E settings, latency and sample timeouts) and switches latency "
-        "analysis of events.",
+        "methods, fields, E2E settings, latency and sample timeouts), switches latency "
+        "analysis of events, checks that every user asks for what its provider offers, and "
+        "draws the system as a graph.",
         "orxmaint"};
     app.fallthrough();  // global options are accepted after the command too
     app.require_subcommand(1);
