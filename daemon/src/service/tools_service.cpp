@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "daemon_log.h"
+#include "orx/maintaind/tools/check.h"
 #include "orx/maintaind/tools/method_ids.h"
 
 namespace orx::maintaind::daemon {
@@ -60,6 +61,11 @@ ToolsService::ToolsService(MethodServer& server, const Registry& registry,
     AddQuery(tools::kQuerySampleTimeoutId, "QuerySampleTimeout", &QueryEngine::SampleTimeouts);
     Add<QueryFilter, tools::DaemonStatusReply>(tools::kQueryDaemonStatusId, "QueryDaemonStatus",
                                                [this](const QueryFilter&) { return Status(); });
+    Add<tools::CheckRequest, tools::CheckReply>(
+        tools::kCheckContractsId, "CheckContracts", [this](const tools::CheckRequest& request) {
+            return registry_.Read(
+                [&](const RegistryState& state) { return checker_.Check(state, request); });
+        });
 }
 
 void ToolsService::Start() {

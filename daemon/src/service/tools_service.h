@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "check/check_engine.h"
 #include "daemon_stats.h"
 #include "ingest/ingest_queue.h"
 #include "ingest/report_check.h"
@@ -55,6 +56,7 @@ class ToolsService {
     const DaemonInfo info_;
     const RequestLimits limits_;
     const QueryEngine engine_;
+    const check::CheckEngine checker_;
     TaskWorker worker_;
 };
 

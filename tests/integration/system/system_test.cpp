@@ -1,6 +1,6 @@
 // The whole chain as processes over DDS on loopback: maintaind, the demo applications with the
 // DFX plug-in, and orxmaint asking the daemon what it knows. Every test uses a DDS domain of its
-// own (176 and 177).
+// own (176 to 178).
 #include <gtest/gtest.h>
 #include <signal.h>
 
@@ -27,7 +27,7 @@ class SystemTest : public ::testing::Test {
   protected:
     void TearDown() override {
         // Asked to stop first, so the applications send their offline reports.
-        for (auto* process : {&apps_["fusion"], &apps_["radar"], &daemon_}) {
+        for (auto* process : {&apps_["fusion"], &apps_["fusion2"], &apps_["radar"], &daemon_}) {
             if (*process) {
                 (*process)->Signal(SIGTERM);
                 (*process)->WaitForExit(5s);
@@ -58,14 +58,18 @@ class SystemTest : public ::testing::Test {
         ASSERT_TRUE(daemon_->WaitForText("Maintaind started", 20s)) << daemon_->Output();
     }
 
-    // The demo application `role` with the example's orx.json.
-    ChildProcess& StartApp(const std::string& role) {
-        apps_[role] = std::make_unique<ChildProcess>(ChildProcess::Options{
-            {kBin + "/orx-demo", role},
-            {{"ORX_DDS_DOMAIN", domain_}, {"ORX_DFX_PLUGIN", ORX_TEST_PLUGIN_PATH}},
-            "",
-            role});
-        return *apps_[role];
+    // The demo application `role` with the example's orx.json, or with the example `config`
+    // (then it is known by that name).
+    ChildProcess& StartApp(const std::string& role, const std::string& config = "") {
+        const std::string name = config.empty() ? role : config;
+        std::map<std::string, std::string> env = {{"ORX_DDS_DOMAIN", domain_},
+                                                  {"ORX_DFX_PLUGIN", ORX_TEST_PLUGIN_PATH}};
+        if (!config.empty()) {
+            env["ORX_CONFIG"] = std::string(ORX_EXAMPLES_DIR) + "/" + config + "/orx.json";
+        }
+        apps_[name] = std::make_unique<ChildProcess>(
+            ChildProcess::Options{{kBin + "/orx-demo", role}, env, "", name});
+        return *apps_[name];
     }
 
     // orxmaint on the test's domain with `args`.
@@ -212,6 +216,52 @@ TEST_F(SystemTest, LatencySwitchReachesTheApplicationsAndResultsComeBack) {
     const RunResult unknown = Orxmaint({"latency", "enable", "NoSuchEvent"});
     EXPECT_EQ(unknown.exitCode, 1);
     EXPECT_NE(unknown.err.find("NoSuchEvent"), std::string::npos) << unknown.err;
+}
+
+TEST_F(SystemTest, CheckFindsWhereTwoDeploymentsDisagreeAndGatesOnIt) {
+    StartDaemon(178, /*fresh=*/true);
+    StartApp("radar");
+    StartApp("fusion");
+    // Same service as fusion, with another E2E data id and a best-effort reader of ObjectList.
+    StartApp("fusion", "fusion2");
+    RunResult run;
+    Json findings;
+    const auto find = [&](const std::string& check) {
+        for (const Json& finding : findings) {
+            if (finding["check"] == check && finding["binding"] == "DDS") {
+                return finding;
+            }
+        }
+        return Json();
+    };
+    WaitFor(
+        [&] {
+            run = Orxmaint({"--json", "check"});
+            findings = Json::parse(run.out, nullptr, false);
+            return findings.is_array() && !find("e2e.dataIds").is_null() &&
+                   !find("dds.reliability").is_null();
+        },
+        30s);
+    EXPECT_EQ(run.exitCode, 1) << run.out << run.err;
+    const Json e2e = find("e2e.dataIds");
+    ASSERT_FALSE(e2e.is_null()) << run.out;
+    EXPECT_EQ(e2e["severity"], "error");
+    EXPECT_EQ(e2e["serviceId"], 0x1234);
+    EXPECT_EQ(e2e["instanceId"], 1);
+    EXPECT_EQ(e2e["entityName"], "ObjectList");
+    EXPECT_EQ(e2e["kind"], "event");
+    EXPECT_EQ(e2e["provider"]["appName"], "radar");
+    EXPECT_EQ(e2e["provider"]["value"], "[4097]");
+    EXPECT_EQ(e2e["consumer"]["appName"], "fusion2");
+    EXPECT_EQ(e2e["consumer"]["value"], "[4098]");
+    EXPECT_FALSE(e2e["message"].get<std::string>().empty());
+    EXPECT_EQ(find("dds.reliability")["severity"], "warning");
+    // fusion's own contract with radar is clean; the graph marks fusion2's edge only.
+    EXPECT_EQ(Orxmaint({"check", "--app", "fusion"}).exitCode, 0);
+    const RunResult dot = Orxmaint({"graph", "--format", "dot"});
+    EXPECT_EQ(dot.exitCode, 0) << dot.err;
+    EXPECT_EQ(dot.out.find(" color=red"), dot.out.rfind(" color=red")) << dot.out;
+    EXPECT_NE(dot.out.find(" color=red"), std::string::npos) << dot.out;
 }
 
 }  // namespace

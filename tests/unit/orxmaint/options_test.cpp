@@ -42,6 +42,8 @@ TEST(OptionsTest, SelectsEachCommand) {
         {{"latency", "results"}, Command::kLatencyResults},
         {{"timeouts"}, Command::kTimeouts},
         {{"status"}, Command::kStatus},
+        {{"check", "--strict", "--service", "0x1234"}, Command::kCheck},
+        {{"graph", "--format", "mermaid"}, Command::kGraph},
     };
     for (const auto& [args, command] : cases) {
         const Parsed parsed = Parse(args);
@@ -103,6 +105,7 @@ TEST(OptionsTest, UsageErrorsEndWithCodeTwoAndSayWhatIsWrong) {
         {"nodes", "--full"},                  // --full without --json
         {"status", "--app", "radar"},         // status takes no filter
         {"nodes", "extra"},                   // stray argument
+        {"graph", "--format", "png"},         // no such graph format
     };
     for (const auto& args : bad) {
         const Parsed parsed = Parse(args);

@@ -10,6 +10,8 @@
 #include "orx/maintaind/tools/method_ids.h"
 #include "output/daemon_views.h"
 #include "output/entity_views.h"
+#include "output/findings_view.h"
+#include "output/graph_model.h"
 #include "output/latency_views.h"
 
 namespace orx::orxmaint {
@@ -188,6 +190,46 @@ TEST_F(ViewsTest, TimeoutsAndStatus) {
     const std::string statusText = Print(status, PrintDaemonStatus);
     EXPECT_NE(LineWith(statusText, "nodes").find("3 (2 online)"), std::string::npos);
     EXPECT_NE(LineWith(statusText, "latency switches").find("4"), std::string::npos);
+}
+
+TEST_F(ViewsTest, CheckFindingsAndTheGraphOfWhoUsesWhat) {
+    tools::CheckReply reply;
+    tools::CheckFinding finding;
+    finding.severity = tools::kSeverityError;
+    finding.serviceId = 0x1234;
+    finding.instanceId = 1;
+    finding.entityName = "ObjectList";
+    finding.check = "e2e.dataIds";
+    finding.binding = "DDS";
+    finding.member = "dataIdList";
+    finding.provider = {"radar", 7, "ecu1", "[4097]"};
+    finding.consumer = {"fusion", 8, "ecu2", "[4098]"};
+    reply.findings = {finding};
+    reply.total = reply.errors = 1;
+    const std::string text = Print(reply, PrintFindings);
+    EXPECT_NE(text.find("service 0x1234"), std::string::npos) << text;
+    const std::string row = LineWith(text, "e2e.dataIds");
+    EXPECT_NE(row.find("radar[7]@ecu1  [4097]  fusion[8]@ecu2  [4098]"), std::string::npos) << row;
+    EXPECT_NE(text.find("1 error, 0 warnings, 0 infos"), std::string::npos) << text;
+
+    // fusion's edge is red, the offline logger grey; each edge lists its entities once.
+    const std::vector<tools::NodeEntry> nodes = {Node("radar", 7, true), Node("fusion", 8, true),
+                                                 Node("logger", 9, false)};
+    const std::vector<tools::EventEntry> events = {
+        Event("radar", 7, "ObjectList", true), Event("fusion", 8, "ObjectList", false),
+        Event("logger", 9, "ObjectList", false), Event("logger", 9, "ObjectList", false)};
+    const Graph graph = BuildGraph({nodes, events, {}, {}, reply.findings});
+    const std::string dot = ToDot(graph);
+    EXPECT_NE(dot.find("s0 -> a1 [label=\"ObjectList\", color=red"), std::string::npos) << dot;
+    EXPECT_NE(dot.find("s0 -> a2 [label=\"ObjectList\"];"), std::string::npos) << dot;
+    EXPECT_NE(dot.find("logger\\npid 9\\necu1\\noffline\", fillcolor=\"#dddddd\""),
+              std::string::npos)
+        << dot;
+    const std::string mermaid = ToMermaid(graph);
+    EXPECT_NE(mermaid.find("s0 -->|\"ObjectList\"| a1\n  linkStyle 1 stroke:red"),
+              std::string::npos)
+        << mermaid;
+    EXPECT_NE(mermaid.find("style a2 fill:#ddd"), std::string::npos) << mermaid;
 }
 
 }  // namespace

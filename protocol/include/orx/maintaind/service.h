@@ -49,6 +49,8 @@ inline constexpr uint32_t kQueryFieldInfoId = 0xE101U;
 inline constexpr uint32_t kQueryE2EInfoId = 0xE102U;
 inline constexpr uint32_t kQuerySampleTimeoutId = 0xE103U;
 inline constexpr uint32_t kQueryDaemonStatusId = 0xE104U;
+// Compares every provider with every consumer (tools/check.h).
+inline constexpr uint32_t kCheckContractsId = 0xE110U;
 
 // Keys of a method's topic map.
 inline constexpr std::string_view kRequestTopicKey = "Request";

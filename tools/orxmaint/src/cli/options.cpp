@@ -61,6 +61,8 @@ struct Commands {
     CLI::App* latencyResults;
     CLI::App* timeouts;
     CLI::App* status;
+    CLI::App* check;
+    CLI::App* graph;
 };
 
 void AddGlobalOptions(CLI::App& app, Options& options) {
@@ -128,6 +130,20 @@ Commands AddCommands(CLI::App& app, Options& options) {
     c.timeouts = app.add_subcommand("timeouts", "Sample timeouts seen by subscriber listeners");
     AddAppOption(*c.timeouts, options);
     c.status = app.add_subcommand("status", "maintaind's own state and counters");
+
+    c.check = app.add_subcommand(
+        "check",
+        "Compare every provider with every consumer (DDS topics, types, QoS, SOME/IP ids and "
+        "versions, serialization, E2E); exit 1 when an error is found");
+    AddAppOption(*c.check, options);
+    AddServiceOption(*c.check, options);
+    c.check->add_flag("--strict", options.strict, "Exit 1 on warnings too");
+    c.graph = app.add_subcommand(
+        "graph", "The system as a graph: applications, services, and who offers and uses what");
+    c.graph->add_option("--format", options.format, "dot, svg (needs Graphviz's dot) or mermaid")
+        ->check(CLI::IsMember({"dot", "svg", "mermaid"}))
+        ->capture_default_str();
+    c.graph->add_flag("--online", options.onlineOnly, "Only running applications");
     return c;
 }
 
@@ -145,6 +161,8 @@ Command Selected(const Commands& c) {
         {c.latencyResults, Command::kLatencyResults},
         {c.timeouts, Command::kTimeouts},
         {c.status, Command::kStatus},
+        {c.check, Command::kCheck},
+        {c.graph, Command::kGraph},
     };
     for (const auto& [command, value] : table) {
         if (command->parsed()) {
@@ -160,15 +178,17 @@ std::optional<int> ParseCommandLine(int argc, const char* const* argv, Options& 
                                     std::ostream& out, std::ostream& err) {
     CLI::App app{
         "orxmaint: shows the running system as maintaind knows it (applications, their events, "
-        "methods, fields, E2E settings, latency and sample timeouts) and switches latency "
-        "analysis of events.",
+        "methods, fields, E2E settings, latency and sample timeouts), switches latency "
+        "analysis of events, checks that every user asks for what its provider offers, and "
+        "draws the system as a graph.",
         "orxmaint"};
     app.fallthrough();  // global options are accepted after the command too
     app.require_subcommand(1);
     AddGlobalOptions(app, options);
     const Commands commands = AddCommands(app, options);
     app.footer(
-        "Exit codes: 0 success, 1 maintaind not reachable or the query failed, 2 usage error.");
+        "Exit codes: 0 success, 1 maintaind not reachable or the query failed (check: a contract "
+        "error was found, with --strict also a warning), 2 usage error.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

@@ -21,6 +21,8 @@ enum class Command {
     kLatencyResults,
     kTimeouts,
     kStatus,
+    kCheck,
+    kGraph,
 };
 
 // Default of --timeout-ms: how long the daemon may take to be found and to answer.
@@ -44,9 +46,11 @@ struct Options {
     bool onlineOnly = false;
 
     // Command arguments.
-    std::string name;      // EVENT of latency enable/disable, DATATYPE of types
-    bool watch = false;    // latency results: refresh every second until interrupted
-    bool history = false;  // latency results: every stored result, not only the newest
+    std::string name;            // EVENT of latency enable/disable, DATATYPE of types
+    bool watch = false;          // latency results: refresh every second until interrupted
+    bool history = false;        // latency results: every stored result, not only the newest
+    bool strict = false;         // check: warnings fail too
+    std::string format = "dot";  // graph: "dot", "svg" or "mermaid"
 };
 
 // Parses argv into `options`. Returns std::nullopt when the command should run; otherwise the

@@ -1,7 +1,9 @@
 #include "commands/run_command.h"
 
+#include "commands/check_commands.h"
 #include "commands/daemon_commands.h"
 #include "commands/entity_commands.h"
+#include "commands/graph_command.h"
 #include "commands/latency_commands.h"
 
 namespace orx::orxmaint {
@@ -35,6 +37,10 @@ int RunCommand(const Options& options, const ClientSettings& settings,
             return RunTimeouts(context);
         case Command::kStatus:
             return RunStatus(context);
+        case Command::kCheck:
+            return RunCheck(context);
+        case Command::kGraph:
+            return RunGraph(context);
     }
     return kExitFailed;
 }

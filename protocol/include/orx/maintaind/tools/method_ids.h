@@ -29,6 +29,7 @@ using service::kQuerySubEventInfoId;   // QueryFilter -> EventListReply
 using service::kSwitchLatencyModeId;   // LatencySwitchRequest -> LatencySwitchReply
 
 // Methods outside the table:
+using service::kCheckContractsId;      // CheckRequest -> CheckReply
 using service::kQueryDaemonStatusId;   // QueryFilter -> DaemonStatusReply
 using service::kQueryE2EInfoId;        // QueryFilter -> E2EListReply
 using service::kQueryFieldInfoId;      // QueryFilter -> FieldListReply

@@ -3,6 +3,7 @@
 // maintenance records.
 #pragma once
 
+#include "orx/maintaind/tools/check.h"
 #include "orx/maintaind/tools/entries.h"
 #include "orx/maintaind/tools/method_ids.h"
 #include "orx/maintaind/tools/replies.h"
