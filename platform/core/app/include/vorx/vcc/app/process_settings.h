@@ -26,6 +26,12 @@ struct ProcessSettings {
     ara::kelda::common::log::LogLevel logLevel{ara::kelda::common::log::LogLevel::kInfo};
     // ORX_LOG_FILE, else "application.logFile"; "" for none.
     std::string logFile;
+    // ORX_LOG_DLT (1/0, true/false, on/off), else "log.dlt": log lines go to the local
+    // dlt-daemon as well.
+    bool logDlt{false};
+    // ORX_LOG_DLT_APP_ID, else "log.dltAppId": the DLT application id (up to 4 characters); ""
+    // derives it from the application name.
+    std::string dltAppId;
     // ORX_DFX_PLUGIN, else "dfx.pluginPath", else ProcessDefaults::pluginPath.
     std::string pluginPath;
     // "dfx.sampleTimeoutThresholdMs"; 0 when not configured.
