@@ -26,7 +26,7 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS OFF)
 set(orx_exact "(= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME orx-runtime)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
-  "orx communication core: libraries and DFX plug-in\n The core's shared libraries (events, methods and fields over DDS), the DFX\n plug-in liborxcm_dfx.so that reports each application to maintaind, and the\n orx-demo example applications.")
+  "Runtime: the core's shared libraries (events, methods and fields over DDS),\nthe DFX plug-in liborxcm_dfx.so that reports each application to maintaind,\nand the orx-demo example applications.")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME orx-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
@@ -35,7 +35,7 @@ set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
   "orx-runtime ${orx_exact}, nlohmann-json3-dev (>= 3), libsafec-dev, pkg-config")
 set(CPACK_DEBIAN_DEV_DESCRIPTION
-  "orx communication core: development files\n Public headers, the CMake package (find_package(orx) with orx::vcc_app) and\n the pkg-config file orx-vcc-app.pc.")
+  "Development files: public headers, the CMake package (find_package(orx)\nwith orx::vcc_app) and the pkg-config file orx-vcc-app.pc.")
 
 set(CPACK_DEBIAN_MAINTAIND_PACKAGE_NAME orx-maintaind)
 set(CPACK_DEBIAN_MAINTAIND_PACKAGE_SECTION net)
@@ -45,6 +45,6 @@ set(CPACK_DEBIAN_MAINTAIND_PACKAGE_CONTROL_EXTRA
   ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
 set(CPACK_DEBIAN_MAINTAIND_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_MAINTAIND_DESCRIPTION
-  "orx maintenance daemon and its command-line tool\n maintaind keeps the registry of the running applications (SQLite) and answers\n orxmaint. Ships the systemd unit maintaind.service.")
+  "Maintenance daemon: maintaind keeps the registry of the running applications\n(SQLite) and answers orxmaint, its command-line tool. With the systemd unit\nmaintaind.service (not enabled at install).")
 
 include(CPack)
