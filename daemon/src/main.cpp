@@ -12,7 +12,6 @@
 #include "app/maintaind.h"
 #include "app/options.h"
 #include "app/systemd_notifier.h"
-#include "ara/kelda/common/log/dlt.h"
 #include "ara/kelda/common/log/log.h"
 #include "ara/kelda/common/log/log_sink.h"
 #include "daemon_log.h"
@@ -79,9 +78,6 @@ int main(int argc, char** argv) {
     }
 
     const auto process = vorx::vcc::app::SetUpMaintenanceProcess();
-    if (process.settings.logDlt) {
-        log::EnableDlt(process.settings.dltAppId, log::ConsoleThreshold());
-    }
     if (!process.pluginLoaded) {
         DaemonLog().LogWarn() << "[Maintaind][DFX plug-in not loaded: the maintenance services "
                                  "use the driver's default DDS settings]";

@@ -11,7 +11,7 @@ PLUGIN=$2
 need dlt-daemon dlt-receive
 
 PORT=$((20000 + $$ % 10000))
-export ORX_DDS_DOMAIN=219 ORX_LOG_DLT=1 ORX_LOG_LEVEL=info DLT_PIPE_DIR=$WORK
+export ORX_DDS_DOMAIN=219 ORX_LOG_DLT=1 ORX_LOG_LEVEL=debug DLT_PIPE_DIR=$WORK
 
 ORX_CONFIG=$WORK/none.json ORX_LOG_DLT_APP_ID=MNTD "$BIN/maintaind" --db "$WORK/registry.db" >"$WORK/maintaind.log" 2>&1 &
 PIDS+=("$!")
@@ -40,16 +40,19 @@ PIDS+=("$!")
 ORX_DFX_PLUGIN=$PLUGIN "$BIN/orx-demo" radar >"$WORK/radar.log" 2>&1 &
 PIDS+=("$!")
 
-# A console line of the plug-in and the same line in DLT: application RADA, context CM.
+# A console line of the plug-in at `$1` ("debug", "info") and the same line in DLT at that level:
+# application RADA, context CM.
 plugin_line_in_dlt() {
   local line
   while IFS= read -r line; do
-    grep -qF -- "RADA CM-- log info V 1 [$line]" "$WORK/received.txt" && return 0
-  done < <(grep -E '\[info\] \[[0-9:]+\] \[radar:CM\] ' "$WORK/radar.log" | sed -E 's/^.*\[radar:CM\] //')
+    grep -qF -- "RADA CM-- log $1 V 1 [$line]" "$WORK/received.txt" && return 0
+  done < <(grep -E "\[$1\] \[[0-9:]+\] \[radar:CM\] " "$WORK/radar.log" | sed -E 's/^.*\[radar:CM\] //')
   return 1
 }
-wait_for 30 plugin_line_in_dlt || fail "no plug-in line in DLT: radar: $(cat "$WORK/radar.log")
+for level in debug info; do
+  wait_for 30 plugin_line_in_dlt $level || fail "no plug-in $level line in DLT: radar: $(cat "$WORK/radar.log")
 received: $(cat "$WORK/received.txt")"
+done
 wait_for 30 grep -Eq "MNTD MAIN log info V 1 \[Node online\[appName=radar" "$WORK/received.txt" ||
   fail "maintaind's node line not in DLT: $(cat "$WORK/received.txt")"
 echo "PASS"

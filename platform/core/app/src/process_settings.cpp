@@ -5,6 +5,8 @@
 
 #include <climits>
 
+#include "ara/kelda/common/log/dlt.h"
+#include "ara/kelda/common/log/log_sink.h"
 #include "ara/kelda/common/orxConfigParser/config_reader.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/application_name.h"
@@ -150,6 +152,11 @@ MaintenanceProcess SetUpMaintenanceProcess(const std::function<void(ProcessSetti
                                            config::ProcessEnvironment(), defaults);
     if (adjust) {
         adjust(process.settings);
+    }
+    // Before the plug-in loads, so that its lines reach DLT too.
+    if (process.settings.logDlt) {
+        ara::kelda::common::log::EnableDlt(process.settings.dltAppId,
+                                           ara::kelda::common::log::ConsoleThreshold());
     }
     ApplyProcessSettings(process.settings);
     const std::string beside = PluginBesideExecutable();

@@ -77,9 +77,10 @@ VCC_EXPORT void ApplyProcessSettings(const ProcessSettings& settings);
 // The start-up shared by the maintenance daemon and its tool, which reach the daemon's services
 // from other processes: the process's orx.json and environment read once with the DDS binding on
 // the DDS driver unless they choose another, `adjust` applied (command-line options; may be
-// empty), the settings handed to the modules, and the DFX plug-in loaded (the one beside the
-// executable, else the configured one) for the maintenance services' DDS settings, without
-// initialising it: these processes never report themselves.
+// empty), the settings handed to the modules, log lines sent to DLT as well when the settings ask
+// for it (at the console's threshold, which the caller set up), and the DFX plug-in loaded (the
+// one beside the executable, else the configured one) for the maintenance services' DDS
+// settings, without initialising it: these processes never report themselves.
 struct MaintenanceProcess {
     ProcessSettings settings;
     bool pluginLoaded{false};
