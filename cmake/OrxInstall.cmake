@@ -86,7 +86,9 @@ function(orx_install_package)
   install(FILES ${PROJECT_BINARY_DIR}/packaging/orx-vcc-app.pc
     DESTINATION ${ORX_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 
-  install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${ORX_INSTALL_DOCDIR} COMPONENT dev)
-  install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${ORX_INSTALL_DOCDIR} COMPONENT dev
-    FILES_MATCHING PATTERN "*.md")
+  # With the runtime, which every package depends on: the service unit points at them.
+  install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${ORX_INSTALL_DOCDIR}
+    COMPONENT runtime)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${ORX_INSTALL_DOCDIR}
+    COMPONENT runtime FILES_MATCHING PATTERN "*.md")
 endfunction()

@@ -1,6 +1,6 @@
 # Debian packages, made from the build folder with `cpack -G DEB`:
-#   orx-runtime    the core's libraries, the DFX plug-in, orx-demo and its orx.json files
-#   orx-dev        headers, the CMake package, the pkg-config file, the docs
+#   orx-runtime    the core's libraries, the DFX plug-in, orx-demo and its orx.json files, docs
+#   orx-dev        headers, the CMake package, the pkg-config file
 #   orx-maintaind  maintaind and orxmaint, with the systemd unit
 # Dependencies on Debian's libraries (Cyclone DDS, SQLite, safeclib, DLT, the C++ runtime) are
 # found by dpkg-shlibdeps from what the binaries link; the packages' dependencies on each other
@@ -25,6 +25,8 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS OFF)
 
 set(orx_exact "(= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME orx-runtime)
+# Log lines go to DLT only where a dlt-daemon runs (log.dlt / ORX_LOG_DLT).
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "dlt-daemon")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
   "Runtime: the core's shared libraries (events, methods and fields over DDS),\nthe DFX plug-in liborxcm_dfx.so that reports each application to maintaind,\nand the orx-demo example applications.")
 
