@@ -18,4 +18,7 @@ if(ORXCM_DFX_SOURCES)
     PUBLIC vcc_com vcc_types vcc_base kelda_log orx_config orx_protocol maintaind_msg
     PRIVATE Threads::Threads)
   orx_target_warnings(orxcm_dfx)
+  # Loaded by the core at run time, never linked: installed beside the core's libraries, where
+  # the daemon, the tool and the demo look for it (<exe dir>/../lib), without headers.
+  install(TARGETS orxcm_dfx LIBRARY DESTINATION ${ORX_INSTALL_LIBDIR} COMPONENT runtime)
 endif()

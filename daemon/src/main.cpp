@@ -1,13 +1,17 @@
 // maintaind: the maintenance daemon's process. Sets up logging, reads its settings once (orx.json
 // and the environment, as every process of the core does), loads the DFX plug-in (for the
-// maintenance service's DDS settings only), runs the daemon until SIGINT or SIGTERM.
+// maintenance service's DDS settings only), runs the daemon until SIGINT or SIGTERM. Under
+// systemd it reports readiness, feeds the watchdog and keeps its registry in the service's state
+// directory.
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "app/maintaind.h"
 #include "app/options.h"
+#include "app/systemd_notifier.h"
 #include "ara/kelda/common/log/log.h"
 #include "ara/kelda/common/log/log_sink.h"
 #include "daemon_log.h"
@@ -17,6 +21,38 @@ namespace {
 
 using orx::maintaind::daemon::DaemonLog;
 namespace log = ara::kelda::common::log;
+
+// Under systemd with StateDirectory= the registry lives in the (first) state directory, unless
+// --db names a file.
+std::string DbPathOf(const std::string& fromCommandLine) {
+    const char* state = std::getenv("STATE_DIRECTORY");
+    if (state == nullptr || state[0] != '/' ||
+        fromCommandLine != orx::maintaind::daemon::DefaultDbPath()) {
+        return fromCommandLine;
+    }
+    const std::string dirs(state);
+    return dirs.substr(0, dirs.find(':')) + "/maintaind.db";
+}
+
+// Waits for SIGINT or SIGTERM, feeding systemd's watchdog meanwhile when it asks for that.
+int WaitForStop(const sigset_t& stopSignals,
+                const orx::maintaind::daemon::SystemdNotifier& notifier) {
+    const auto period = notifier.FeedPeriod();
+    if (!period) {
+        int signal = 0;
+        sigwait(&stopSignals, &signal);
+        return signal;
+    }
+    const timespec wait{static_cast<time_t>(period->count() / 1000),
+                        static_cast<long>(period->count() % 1000) * 1000000L};
+    while (true) {
+        const int signal = sigtimedwait(&stopSignals, nullptr, &wait);
+        if (signal > 0) {
+            return signal;
+        }
+        notifier.FeedWatchdog();  // timed out (or interrupted): still alive
+    }
+}
 
 }  // namespace
 
@@ -48,7 +84,7 @@ int main(int argc, char** argv) {
     }
 
     orx::maintaind::daemon::DaemonSettings settings;
-    settings.dbPath = line->dbPath;
+    settings.dbPath = DbPathOf(line->dbPath);
     settings.fresh = line->fresh;
     settings.instanceId =
         !line->instanceId.empty() ? line->instanceId : process.settings.maintenanceInstanceId;
@@ -60,8 +96,10 @@ int main(int argc, char** argv) {
         DaemonLog().LogError() << "[Maintaind][Cannot start][reason=" << error << "]";
         return 1;
     }
-    int signal = 0;
-    sigwait(&stopSignals, &signal);
+    const orx::maintaind::daemon::SystemdNotifier notifier;
+    notifier.Ready("maintenance services offered");
+    const int signal = WaitForStop(stopSignals, notifier);
+    notifier.Stopping();
     DaemonLog().LogInfo() << "Maintaind stopping[signal=" << signal << "]";
     daemon.Stop();
     return 0;

@@ -41,6 +41,12 @@ std::string ExampleConfig(const std::string& argv0, const std::string& role) {
     if (IsFile(beside)) {
         return beside;
     }
+    // Installed: <prefix>/bin/orx-demo and <prefix>/share/orx/examples/<role>/orx.json.
+    const std::string installed =
+        ExecutableDir(argv0) + "/../share/orx/examples/" + role + "/orx.json";
+    if (IsFile(installed)) {
+        return installed;
+    }
     const std::string source = std::string(ORX_DEMO_SOURCE_DIR) + "/" + role + "/orx.json";
     return IsFile(source) ? source : "";
 }

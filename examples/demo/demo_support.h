@@ -8,8 +8,9 @@
 namespace demo {
 
 // The example's orx.json for `role` ("radar", "fusion"): examples/<role>/orx.json found from the
-// executable (build/bin/orx-demo sits two levels below the source tree), else in the source tree
-// the demo was built from. "" when neither exists.
+// executable (build/bin/orx-demo sits two levels below the source tree), else the installed copy
+// (<prefix>/share/orx/examples/<role>/orx.json), else in the source tree the demo was built from.
+// "" when none exists.
 std::string ExampleConfig(const std::string& argv0, const std::string& role);
 
 // SIGINT and SIGTERM end the demo, SIGUSR1 is the radar's pause switch. They are blocked in

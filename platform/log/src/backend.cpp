@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "ara/kelda/common/log/dlt.h"
+#include "dlt_sink.h"
+
 namespace ara::kelda::common::log::detail {
 namespace {
 
@@ -190,6 +193,36 @@ void Backend::InitFromEnvironment(LogSetup setup) {
             << "[Log][Invalid " << kLevelVariable << " ignored][value=" << invalidLevel
             << ", used=" << LevelName(setup.level) << "]";
     }
+}
+
+bool Backend::EnableDlt(const std::string& appId, LogLevel threshold) {
+    std::string id = appId;
+    std::string name;
+    std::string context;
+    {
+        orx::sync::MutexLock lock(mutex_);
+        if (dltTried_) {
+            return false;
+        }
+        dltTried_ = true;
+        name = appId_;
+        context = defaultContext_;
+    }
+    if (id.empty()) {
+        id = DltIdOf(name);
+    }
+    std::string error;
+    // Outside the lock: a sink is added through AddSink, and reporting goes through Emit.
+    auto sink = DltSink::Open(id, name.empty() ? id : name, threshold, &error);
+    if (!sink) {
+        GetLog(context)->LogWarn()
+            << "[Log][Cannot log to DLT][appId=" << id << ", reason=" << error << "]";
+        return false;
+    }
+    AddSink(sink);
+    GetLog(context)->LogDebug() << "[Log][Logging to DLT][appId=" << id
+                                << ", level=" << LevelName(threshold) << "]";
+    return true;
 }
 
 std::shared_ptr<Log> Backend::GetLog(const std::string& contextId) {

@@ -43,6 +43,8 @@ class Backend {
     bool SetUp(const LogSetup& setup) EXCLUDES(mutex_, registryMutex_);
     // Log::InitLog: SetUp with ORX_LOG_LEVEL and ORX_LOG_FILE applied.
     void InitFromEnvironment(LogSetup setup) EXCLUDES(mutex_, registryMutex_);
+    // EnableDlt (dlt.h): adds the DLT sink once per process.
+    bool EnableDlt(const std::string& appId, LogLevel threshold) EXCLUDES(mutex_, registryMutex_);
     std::shared_ptr<Log> GetLog(const std::string& contextId) EXCLUDES(registryMutex_);
     std::string DefaultContext() const EXCLUDES(mutex_);
 
@@ -58,6 +60,7 @@ class Backend {
     std::shared_ptr<ConsoleSink> console_;
     std::shared_ptr<FileSink> file_ GUARDED_BY(mutex_);  // from the set-up, also in sinks_
     bool setUp_ GUARDED_BY(mutex_) = false;              // the first SetUp or InitLog happened
+    bool dltTried_ GUARDED_BY(mutex_) = false;           // EnableDlt was called
     std::string appId_ GUARDED_BY(mutex_);
     std::string defaultContext_ GUARDED_BY(mutex_);
     std::string description_ GUARDED_BY(mutex_);

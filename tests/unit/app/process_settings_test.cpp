@@ -38,6 +38,7 @@ class ProcessSettingsTest : public orx::test::LogCaptureTest {
 TEST_F(ProcessSettingsTest, EachValueComesFromTheEnvironmentElseTheFileElseItsDefault) {
     const ParseJsonToGetConfig file(Write(R"({
       "application": {"name": "radar", "logLevel": "debug", "logFile": "/var/log/radar.log"},
+      "log": {"dlt": true, "dltAppId": "RDR1"},
       "dfx": {"pluginPath": "/opt/dfx.so", "sampleTimeoutThresholdMs": 250},
       "maintenance": {"instanceId": "3", "network": {"address": "10.0.0.5"}},
       "drivers": {"dds": "dds"},
@@ -48,27 +49,34 @@ TEST_F(ProcessSettingsTest, EachValueComesFromTheEnvironmentElseTheFileElseItsDe
     EXPECT_EQ(settings.appName, "radar");
     EXPECT_EQ(settings.logLevel, LogLevel::kDebug);
     EXPECT_EQ(settings.logFile, "/var/log/radar.log");
+    EXPECT_TRUE(settings.logDlt);
+    EXPECT_EQ(settings.dltAppId, "RDR1");
     EXPECT_EQ(settings.pluginPath, "/opt/dfx.so");
     EXPECT_EQ(settings.sampleTimeoutThresholdMs, 250U);
     EXPECT_EQ(settings.maintenanceInstanceId, "3");
     EXPECT_EQ(settings.drivers.NameOf(DriverType::DDS), "dds");
     EXPECT_EQ(settings.dds.domainId, 7U);
     EXPECT_EQ(settings.dds.networkInterface, "10.0.0.5");
-    for (const char* key : {"application.name", "application.logLevel", "application.logFile",
-                            "dfx.pluginPath", "dfx.sampleTimeoutThresholdMs",
-                            "maintenance.instanceId", "drivers.dds", "dds.domainId"}) {
+    for (const char* key :
+         {"application.name", "application.logLevel", "application.logFile", "log.dlt",
+          "log.dltAppId", "dfx.pluginPath", "dfx.sampleTimeoutThresholdMs",
+          "maintenance.instanceId", "drivers.dds", "dds.domainId"}) {
         EXPECT_EQ(settings.report.OriginOf(key), SettingOrigin::File(path_, key)) << key;
     }
     EXPECT_TRUE(settings.report.problems.empty());
 
     settings = LoadProcessSettings(file, FixedEnvironment({{"ORX_LOG_LEVEL", "error"},
                                                            {"ORX_LOG_FILE", "/tmp/x.log"},
+                                                           {"ORX_LOG_DLT", "off"},
+                                                           {"ORX_LOG_DLT_APP_ID", "XY"},
                                                            {"ORX_DFX_PLUGIN", "/env/dfx.so"},
                                                            {"ORX_DDS_DRIVER", "inprocess"},
                                                            {"ORX_DDS_DOMAIN", "9"},
                                                            {"ORX_INPROCESS_PAYLOAD", "objects"}}));
     EXPECT_EQ(settings.logLevel, LogLevel::kError);
     EXPECT_EQ(settings.logFile, "/tmp/x.log");
+    EXPECT_FALSE(settings.logDlt);
+    EXPECT_EQ(settings.dltAppId, "XY");
     EXPECT_EQ(settings.pluginPath, "/env/dfx.so");
     EXPECT_EQ(settings.drivers.NameOf(DriverType::DDS), "inprocess");
     EXPECT_EQ(settings.drivers.inProcessPayload, vorx::vcc::PayloadMode::kObjects);
@@ -105,6 +113,7 @@ TEST_F(ProcessSettingsTest, EveryRefusedValueIsLoggedOnceAndRecordedWithItsOrigi
     })"));
     const ProcessSettings settings =
         LoadProcessSettings(file, FixedEnvironment({{"ORX_LOG_LEVEL", "bogus"},
+                                                    {"ORX_LOG_DLT", "maybe"},
                                                     {"ORX_DDS_DOMAIN", "abc"},
                                                     {"ORX_INPROCESS_PAYLOAD", "x"}}));
     std::vector<std::string> where;
@@ -112,12 +121,13 @@ TEST_F(ProcessSettingsTest, EveryRefusedValueIsLoggedOnceAndRecordedWithItsOrigi
         where.push_back(problem.origin.Describe());
     }
     const std::string in = " in " + path_;
-    EXPECT_EQ(where, (std::vector<std::string>{
-                         "key maintenance.instanceId" + in, "environment variable ORX_LOG_LEVEL",
-                         "environment variable ORX_INPROCESS_PAYLOAD",
-                         "environment variable ORX_DDS_DOMAIN", "key application.name" + in,
-                         "key application.logLevel" + in, "key dfx.sampleTimeoutThresholdMs" + in,
-                         "key drivers.dds" + in, "key dds.domainId" + in}));
+    EXPECT_EQ(where,
+              (std::vector<std::string>{
+                  "key maintenance.instanceId" + in, "environment variable ORX_LOG_LEVEL",
+                  "environment variable ORX_LOG_DLT", "environment variable ORX_INPROCESS_PAYLOAD",
+                  "environment variable ORX_DDS_DOMAIN", "key application.name" + in,
+                  "key application.logLevel" + in, "key dfx.sampleTimeoutThresholdMs" + in,
+                  "key drivers.dds" + in, "key dds.domainId" + in}));
     EXPECT_EQ(Log().CountContaining(LogLevel::kError, ""), where.size()) << Log().Dump();
     EXPECT_EQ(settings.appName, "");
     EXPECT_EQ(settings.logLevel, LogLevel::kInfo);

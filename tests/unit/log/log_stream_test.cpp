@@ -5,9 +5,12 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "ara/kelda/common/log/dlt.h"
 #include "ara/kelda/common/log/log.h"
 #include "ara/kelda/common/log/testing.h"
 #include "quiet_console.h"
@@ -145,6 +148,20 @@ TEST(LogLevelTest, NamesRoundTrip) {
     EXPECT_FALSE(ParseLevel("loud", &parsed));
     EXPECT_EQ(parsed, LogLevel::kWarn) << "unchanged by a bad name";
     EXPECT_STREQ(LevelName(static_cast<LogLevel>(9)), "unknown");
+}
+
+// DLT ids hold at most four characters; loggers and applications are named freely.
+TEST(DltIdTest, NamesBecomeFourCharacterIds) {
+    for (const auto& [name, id] :
+         std::vector<std::pair<std::string, std::string>>{{"radar", "RADA"},
+                                                          {"CM", "CM"},
+                                                          {"MAINTAIND", "MAIN"},
+                                                          {"orx-app", "ORXA"},
+                                                          {"a.b_c-d9", "ABCD"},
+                                                          {"", "LOG"},
+                                                          {"--", "LOG"}}) {
+        EXPECT_EQ(DltIdOf(name), id) << name;
+    }
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 
 #include <climits>
 
+#include "ara/kelda/common/log/dlt.h"
+#include "ara/kelda/common/log/log_sink.h"
 #include "ara/kelda/common/orxConfigParser/config_reader.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/application_name.h"
@@ -63,6 +65,25 @@ class Reader {
         }
     }
 
+    void Flag(const char* key, const char* variable, bool& out) {
+        if (auto value = file_.GetBool(key)) {
+            out = *value;
+            Took(key, file_.OriginOf(key));
+        }
+        if (auto text = config::NonEmpty(env_, variable)) {
+            if (*text == "1" || *text == "true" || *text == "on") {
+                out = true;
+            } else if (*text == "0" || *text == "false" || *text == "off") {
+                out = false;
+            } else {
+                config::RefuseEnvironmentValue(
+                    variable, *text, "must be 1, 0, true, false, on or off", &settings_.report);
+                return;
+            }
+            Took(key, SettingOrigin::Environment(variable));
+        }
+    }
+
     void Number(const char* key, uint32_t& out) {
         if (auto value = file_.GetUint32(key)) {
             out = *value;
@@ -96,6 +117,8 @@ ProcessSettings LoadProcessSettings(const config::ParseJsonToGetConfig& file,
         reader.Text("application.name", nullptr, settings.appName);
         reader.Level("application.logLevel", "ORX_LOG_LEVEL", settings.logLevel);
         reader.Text("application.logFile", "ORX_LOG_FILE", settings.logFile);
+        reader.Flag("log.dlt", "ORX_LOG_DLT", settings.logDlt);
+        reader.Text("log.dltAppId", "ORX_LOG_DLT_APP_ID", settings.dltAppId);
         reader.Text("dfx.pluginPath", "ORX_DFX_PLUGIN", settings.pluginPath);
         reader.Number("dfx.sampleTimeoutThresholdMs", settings.sampleTimeoutThresholdMs);
         if (!file.GetInstanceId().empty()) {
@@ -129,6 +152,11 @@ MaintenanceProcess SetUpMaintenanceProcess(const std::function<void(ProcessSetti
                                            config::ProcessEnvironment(), defaults);
     if (adjust) {
         adjust(process.settings);
+    }
+    // Before the plug-in loads, so that its lines reach DLT too.
+    if (process.settings.logDlt) {
+        ara::kelda::common::log::EnableDlt(process.settings.dltAppId,
+                                           ara::kelda::common::log::ConsoleThreshold());
     }
     ApplyProcessSettings(process.settings);
     const std::string beside = PluginBesideExecutable();

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "app_log.h"
+#include "ara/kelda/common/log/dlt.h"
 #include "ara/kelda/common/log/log.h"
 #include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
 #include "vorx/vcc/app/deployment_parser.h"
@@ -69,6 +70,9 @@ Runtime::Runtime(const Options& options) : state_(std::make_unique<State>()) {
     const ProcessSettings& settings = state_->settings;
     kelda::Log::SetUp({settings.appName.empty() ? "orx-app" : settings.appName, "APP",
                        settings.logLevel, settings.logFile, "application"});
+    if (settings.logDlt) {
+        kelda::EnableDlt(settings.dltAppId, settings.logLevel);
+    }
 
     DeploymentParseResult parsed = ParseDeployments(parser->Document(), settings.configPath);
     state_->deployments = std::move(parsed.services);

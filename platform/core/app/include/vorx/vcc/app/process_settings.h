@@ -26,6 +26,12 @@ struct ProcessSettings {
     ara::kelda::common::log::LogLevel logLevel{ara::kelda::common::log::LogLevel::kInfo};
     // ORX_LOG_FILE, else "application.logFile"; "" for none.
     std::string logFile;
+    // ORX_LOG_DLT (1/0, true/false, on/off), else "log.dlt": log lines go to the local
+    // dlt-daemon as well.
+    bool logDlt{false};
+    // ORX_LOG_DLT_APP_ID, else "log.dltAppId": the DLT application id (up to 4 characters); ""
+    // derives it from the application name.
+    std::string dltAppId;
     // ORX_DFX_PLUGIN, else "dfx.pluginPath", else ProcessDefaults::pluginPath.
     std::string pluginPath;
     // "dfx.sampleTimeoutThresholdMs"; 0 when not configured.
@@ -71,9 +77,10 @@ VCC_EXPORT void ApplyProcessSettings(const ProcessSettings& settings);
 // The start-up shared by the maintenance daemon and its tool, which reach the daemon's services
 // from other processes: the process's orx.json and environment read once with the DDS binding on
 // the DDS driver unless they choose another, `adjust` applied (command-line options; may be
-// empty), the settings handed to the modules, and the DFX plug-in loaded (the one beside the
-// executable, else the configured one) for the maintenance services' DDS settings, without
-// initialising it: these processes never report themselves.
+// empty), the settings handed to the modules, log lines sent to DLT as well when the settings ask
+// for it (at the console's threshold, which the caller set up), and the DFX plug-in loaded (the
+// one beside the executable, else the configured one) for the maintenance services' DDS
+// settings, without initialising it: these processes never report themselves.
 struct MaintenanceProcess {
     ProcessSettings settings;
     bool pluginLoaded{false};

@@ -26,8 +26,9 @@ namespace vorx::vcc::app {
 //   2. The process's settings (process_settings.h): read once, every refused value logged once.
 //   3. Logging: set up with "application.name" (or "orx-app"), the level (ORX_LOG_LEVEL, else
 //      "application.logLevel", else info) and the log file (ORX_LOG_FILE, else
-//      "application.logFile"). Logging is set up once per process, so the plug-in's own
-//      initialisation later keeps all of it.
+//      "application.logFile"), and DLT when ORX_LOG_DLT or "log.dlt" ask for it (application id
+//      ORX_LOG_DLT_APP_ID, else "log.dltAppId", else made from the name). Logging is set up once
+//      per process, so the plug-in's own initialisation later keeps all of it.
 //   4. The "services" deployments (deployment_parser.h); bad values are logged and skipped.
 //   5. The settings are handed to the core's modules (ApplyProcessSettings).
 //   6. The DFX plug-in: the path in $ORX_DFX_PLUGIN, else "dfx.pluginPath" of orx.json, else
