@@ -291,7 +291,9 @@ class InProcessDriver::Impl {
 };
 
 InProcessDriver::InProcessDriver()
-    : impl_(std::make_unique<Impl>()), mode_(ModeFromEnvironment()) {}
+    : impl_(std::make_unique<Impl>()),
+      mode_(ModeFromEnvironment()),
+      localKey_(Driver::LocalPeer().key) {}
 
 InProcessDriver::~InProcessDriver() = default;
 
@@ -332,6 +334,9 @@ void InProcessDriver::Disconnect(ClientId client) {
 }
 
 bool InProcessDriver::SendRequest(ClientId client, MethodCall call) {
+    if (call.sender == PeerKey{}) {
+        call.sender = localKey_;
+    }
     return impl_->SendRequest(client, std::move(call));
 }
 

@@ -426,6 +426,7 @@ class DdsDriver::Impl {
         call.entityId = frame.entityId;
         call.sessionId = frame.sessionId;
         call.payload = PayloadOf(std::move(frame.payload));
+        call.sender = frame.senderGuid;
         if (onRequest) {
             onRequest(provider, call);
         }
@@ -553,6 +554,44 @@ bool DdsDriver::Subscribe(vcc::ClientId client, uint32_t entityId) {
 
 void DdsDriver::Unsubscribe(vcc::ClientId client, uint32_t entityId) {
     impl_->Unsubscribe(client, entityId);
+}
+
+vcc::PeerInfo DdsDriver::LocalPeer() const {
+    vcc::PeerInfo self;
+    self.key = impl_->transport_->Guid();
+    self.process = vcc::CurrentProcessIdentity();
+    return self;
+}
+
+std::optional<vcc::PeerInfo> DdsDriver::FindPeer(const vcc::PeerKey& key) const {
+    if (key == impl_->transport_->Guid()) {
+        return LocalPeer();
+    }
+    auto process = impl_->transport_->FindPeer(key);
+    if (!process) {
+        return std::nullopt;
+    }
+    return vcc::PeerInfo{key, std::move(*process)};
+}
+
+vcc::PeerWatchId DdsDriver::WatchPeers(vcc::PeerCallbacks callbacks) {
+    auto onAlive = std::move(callbacks.onAlive);
+    auto onLost = std::move(callbacks.onLost);
+    return impl_->transport_->WatchPeers(
+        [onAlive](const ParticipantGuid& guid, const vcc::ProcessIdentity& process) {
+            if (onAlive) {
+                onAlive(vcc::PeerInfo{guid, process});
+            }
+        },
+        [onLost](const ParticipantGuid& guid) {
+            if (onLost) {
+                onLost(guid);
+            }
+        });
+}
+
+void DdsDriver::StopWatchPeers(vcc::PeerWatchId watch) {
+    impl_->transport_->UnwatchPeers(watch);
 }
 
 void DdsDriver::SetMethodTopics(uint16_t serviceId, uint32_t entityId, const MethodTopics& topics) {
