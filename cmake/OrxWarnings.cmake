@@ -1,11 +1,20 @@
 # Strict warnings for our own targets only; third-party headers are included
-# as system headers and stay quiet.
+# as system headers and stay quiet. Under clang, -Wthread-safety checks the lock annotations
+# of <orx/sync/thread_annotations.h>, so touching a GUARDED_BY member without its lock fails the
+# build; -Wthread-safety-beta adds the lock order (ACQUIRED_AFTER).
+set(ORX_THREAD_SAFETY_FLAGS -Wthread-safety -Wthread-safety-beta)
 function(orx_target_warnings target)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Werror -Wshadow=local
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Werror
     -Wnon-virtual-dtor -Wno-unknown-pragmas)
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(${target} PRIVATE ${ORX_THREAD_SAFETY_FLAGS})
+  else()
+    target_compile_options(${target} PRIVATE -Wshadow=local)
+  endif()
 endfunction()
 
-# Creates a shared library of ours with the project defaults.
+# Creates a shared library of ours with the project defaults; it links orx_sync, so its code
+# and its users can name the annotated locks.
 #   orx_add_library(NAME <name> SOURCES ... [PUBLIC_INCLUDE dir] [DEPS ...] [EXPORT_MACRO_TARGET])
 function(orx_add_library name)
   cmake_parse_arguments(ARG "STATIC" "INCLUDE" "SOURCES;DEPS;PRIVATE_DEPS" ${ARGN})
@@ -17,7 +26,7 @@ function(orx_add_library name)
   if(ARG_INCLUDE)
     target_include_directories(${name} PUBLIC ${ARG_INCLUDE})
   endif()
-  target_link_libraries(${name} PUBLIC ${ARG_DEPS} PRIVATE ${ARG_PRIVATE_DEPS})
+  target_link_libraries(${name} PUBLIC ${ARG_DEPS} orx_sync PRIVATE ${ARG_PRIVATE_DEPS})
   orx_target_warnings(${name})
 endfunction()
 

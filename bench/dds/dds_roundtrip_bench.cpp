@@ -79,8 +79,9 @@ std::shared_ptr<DdsDriver> MakeDriver(uint32_t domain) {
         std::exit(1);
     }
     // Requests and replies of the shared RegisterApp topic, as the plug-in uses it.
+    const auto* row = orx::maintaind::service::FindMethod(kRegisterApp);
     driver->SetMethodTopics(orx::maintaind::service::kAppServiceId, kRegisterApp,
-                            {"RegisterAppRequestTopic", "RegisterAppRequestTopic"});
+                            {std::string(row->requestTopic), std::string(row->replyTopic)});
     return driver;
 }
 

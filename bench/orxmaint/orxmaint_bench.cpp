@@ -20,9 +20,9 @@
 #include <CLI/CLI.hpp>
 
 #include "ara/kelda/common/log/log.h"
-#include "child_run.h"
 #include "event_entries.h"
 #include "orx/maintaind/tools/tools.h"
+#include "orx/test/child_process.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/codec.h"
 #include "vorx/vcc/dfx_plugin_loader.h"
@@ -42,8 +42,8 @@ std::string ExecutableDir() {
 }
 
 // Runs `args` to its end (at most a minute) in the benchmark's own environment.
-orx::orxmaint::test::ChildResult Spawn(const std::vector<std::string>& args) {
-    return orx::orxmaint::test::RunChild(args, {}, std::chrono::minutes(1));
+orx::test::RunResult Spawn(const std::vector<std::string>& args) {
+    return orx::test::RunToEnd(args, {}, std::chrono::minutes(1));
 }
 
 double Millis(std::chrono::microseconds time) {
@@ -174,9 +174,9 @@ int main(int argc, char** argv) {
             std::cerr << "run " << i << " failed: " << run.err;
             return 1;
         }
-        std::fprintf(stderr, "run %d: %.1f ms (cpu %.1f ms)\n", i, Millis(run.took),
+        std::fprintf(stderr, "run %d: %.1f ms (cpu %.1f ms)\n", i, Millis(run.wall),
                      Millis(run.cpu));
-        times.push_back(Millis(run.took));
+        times.push_back(Millis(run.wall));
         cpuTimes.push_back(Millis(run.cpu));
     }
     std::sort(times.begin(), times.end());
@@ -191,7 +191,7 @@ int main(int argc, char** argv) {
     std::vector<std::string> verbose = command;
     verbose.insert(verbose.begin() + 1, "--verbose");
     const auto detail = Spawn(verbose);
-    std::printf("one run with --verbose: %.1f ms\n", Millis(detail.took));
+    std::printf("one run with --verbose: %.1f ms\n", Millis(detail.wall));
     size_t begin = 0;
     while (begin < detail.err.size()) {
         const size_t end = detail.err.find('\n', begin);

@@ -25,6 +25,7 @@
 #include "orx/test/daemon_double.h"
 #include "vorx/driver/dds/dds_driver.h"
 #include "vorx/driver/dds/dds_entity_info.h"
+#include "vorx/vcc/application_name.h"
 #include "vorx/vcc/dfx_plugin_loader.h"
 #include "vorx/vcc/event_controller.h"
 #include "vorx/vcc/orx_maintaind_interface.h"
@@ -42,6 +43,7 @@ double MicrosSince(Clock::time_point start) {
 void UseConfig(const std::string& path) {
     std::ofstream(path) << R"({"application": {"name": "BenchApp"}})";
     setenv("ORX_CONFIG", path.c_str(), 1);
+    vorx::vcc::ApplicationName::Configure("BenchApp");  // as a process's start-up does
 }
 
 // Runs `body(fd)` in a child process and returns what it wrote to `fd`.

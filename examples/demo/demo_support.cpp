@@ -45,11 +45,6 @@ std::string ExampleConfig(const std::string& argv0, const std::string& role) {
     return IsFile(source) ? source : "";
 }
 
-std::string PluginBesideExecutable(const std::string& argv0) {
-    const std::string plugin = ExecutableDir(argv0) + "/../lib/liborxcm_dfx.so";
-    return IsFile(plugin) ? plugin : "";
-}
-
 void BlockDemoSignals() {
     const sigset_t set = DemoSignals();
     pthread_sigmask(SIG_BLOCK, &set, nullptr);

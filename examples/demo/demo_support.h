@@ -11,8 +11,6 @@ namespace demo {
 // executable (build/bin/orx-demo sits two levels below the source tree), else in the source tree
 // the demo was built from. "" when neither exists.
 std::string ExampleConfig(const std::string& argv0, const std::string& role);
-// The DFX plug-in built beside the executable (../lib/liborxcm_dfx.so); "" when absent.
-std::string PluginBesideExecutable(const std::string& argv0);
 
 // SIGINT and SIGTERM end the demo, SIGUSR1 is the radar's pause switch. They are blocked in
 // every thread (call before anything starts a thread) and taken with WaitForSignal.

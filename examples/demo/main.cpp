@@ -10,6 +10,7 @@
 
 #include "demo_apps.h"
 #include "demo_support.h"
+#include "vorx/vcc/app/process_settings.h"
 #include "vorx/vcc/app/runtime.h"
 
 int main(int argc, char** argv) {
@@ -21,7 +22,7 @@ int main(int argc, char** argv) {
     demo::BlockDemoSignals();  // before the runtime starts any thread
     vorx::vcc::app::Runtime::Options options;
     options.configPath = demo::ExampleConfig(argv[0], role);
-    options.pluginPath = demo::PluginBesideExecutable(argv[0]);
+    options.pluginPath = vorx::vcc::app::PluginBesideExecutable();
     int status = 0;
     {
         vorx::vcc::app::Runtime runtime(options);

@@ -65,8 +65,8 @@ void MaintaindListener::OnSampleTimeout(const vorx::vcc::api::types::ListenerTim
             return;
         }
 
+        // Only the listener entry is filled; the report kind stays at its default too.
         orx::maintaind::AppRegisterInfo request;
-        request.kind = static_cast<uint8_t>(orx::maintaind::ReportKind::LISTENER);
         orx::maintaind::ListenerParams& params =
             request.listenerParams[orx::maintaind::ListenerType::SAMPLE_TIMEOUT];
         params.listenerName = info.name;

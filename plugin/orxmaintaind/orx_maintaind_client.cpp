@@ -4,15 +4,18 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 #include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
 #include "maintaind/maintaind_listener.h"
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_constants.h"
 #include "orxmaintaind/orx_maintaind_e2e_client.h"
 #include "orxmaintaind/orx_maintaind_event_client.h"
 #include "orxmaintaind/orx_maintaind_field_client.h"
 #include "orxmaintaind/orx_maintaind_latency_client.h"
 #include "orxmaintaind/orx_maintaind_method_client.h"
+#include "orxmaintaind/orx_maintaind_request.h"
 #include "orxmaintaind/orx_maintaind_type.h"
 #include "vorx/driver/dds/dds_entity_info.h"
 #include "vorx/vcc/application_name.h"
@@ -68,10 +71,14 @@ const std::shared_ptr<OrxMaintaindClient>& OrxMaintaindClient::GetInstance() {
 
 OrxMaintaindClient::OrxMaintaindClient(ConstructionKey /*key*/)
     : logger_(ara::kelda::common::log::Log::GetLog("CM")),
+      withdrawals_(std::make_shared<WithdrawalGate>()),
       coreType_(vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()),
       ownType_(type::OrxMaintaindType::GetInstance()),
       methodTopics_(ownType_->GetMethodTable()),
-      eventNames_(ownType_->GetEventTable()) {}
+      eventNames_(ownType_->GetEventTable()) {
+    orx::sync::MutexLock lock(withdrawals_->mutex);
+    withdrawals_->client = this;
+}
 
 OrxMaintaindClient::~OrxMaintaindClient() {
     logger_->LogInfo() << "OrxMaintaindClient begin deconstructor";
@@ -79,13 +86,20 @@ OrxMaintaindClient::~OrxMaintaindClient() {
         vorx::vcc::Proxy::StopFindService(findServiceHandle_);
     }
     // Every withdrawal already scheduled reaches the daemon (or its cache) before the node goes.
-    while (pendingWithdrawals_.load() != 0) {
+    // On the controller's own thread they could not run any more, so there is nothing to wait
+    // for; closing the gate then makes them find no client.
+    const bool onWorker = eventController_ && eventController_->OnWorkerThread();
+    while (withdrawals_->pending.load() != 0 && !onWorker) {
         SleepFully(kWithdrawalWaitNs);
+    }
+    {
+        orx::sync::MutexLock lock(withdrawals_->mutex);
+        withdrawals_->client = nullptr;
     }
     if (eventController_) {
         vorx::vcc::EventHandle periodic = vorx::vcc::kInvalidEventHandle;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             periodic = periodicEventHandle_;
         }
         eventController_->DelEvent(periodic);
@@ -107,8 +121,10 @@ void OrxMaintaindClient::InitializeAll() {
         methodClient_ = std::make_shared<OrxMaintaindMethodClient>();
         fieldClient_ = std::make_shared<OrxMaintaindFieldClient>();
         e2eClient_ = std::make_shared<OrxMaintaindE2EClient>();
-        eventController_ = vorx::vcc::EventController::GetInstance();
-        latencyClient_ = std::make_shared<OrxMaintaindLatencyClient>();
+        if (!eventController_) {
+            eventController_ = vorx::vcc::EventController::GetInstance();
+        }
+        latencyClient_ = std::make_shared<OrxMaintaindLatencyClient>(eventController_);
         applicationNameService_ = vorx::vcc::ApplicationName::GetInstance();
         configReader_ = ara::kelda::common::orxConfigParser::ParseJsonToGetConfig::GetInstance();
         ParseOrxConfigNetwork();
@@ -149,7 +165,7 @@ void OrxMaintaindClient::MaintaindServiceAvailabilityCallback(
     if (!client) {
         return;
     }
-    std::lock_guard<std::mutex> lock(client->mutex_);
+    orx::sync::MutexLock lock(client->mutex_);
     if (handles.empty()) {
         // The daemon went away; the proxy stays and talks to it again once it is back.
         client->logger_->LogWarn() << "Cannot find any maintaindServer service";
@@ -161,7 +177,7 @@ void OrxMaintaindClient::MaintaindServiceAvailabilityCallback(
     }
     {
         const auto proxy = std::make_shared<vorx::vcc::Proxy>(handles.front());
-        std::lock_guard<std::mutex> proxyLock(client->proxyMutex_);
+        orx::sync::MutexLock proxyLock(client->proxyMutex_);
         client->maintaindProxy_ = proxy;
     }
     client->logger_->LogInfo() << "Find maintaind service and create proxy successfully[instanceId="
@@ -177,7 +193,7 @@ void OrxMaintaindClient::ScheduleReplayJobs(const std::weak_ptr<OrxMaintaindClie
                 client->FirstTimeRegisterCacheInfo();
             }
         },
-        vorx::vcc::GetCurMonoTime(), -1);
+        eventController_->GetCurMonoTime(), -1);
     logger_->LogDebug() << "Begin to insert first time register cache info event[" << firstTime
                         << "]";
     eventController_->InsertEvent(firstTime);
@@ -189,7 +205,7 @@ void OrxMaintaindClient::ScheduleReplayJobs(const std::weak_ptr<OrxMaintaindClie
                 client->PeriodicRegisterCacheInfo();
             }
         },
-        vorx::vcc::GetCurMonoTime(), kPeriodicReplayNs);
+        eventController_->GetCurMonoTime(), kPeriodicReplayNs);
     logger_->LogDebug() << "Begin to insert periodic register cache info event["
                         << periodicEventHandle_ << "]";
     eventController_->InsertEvent(periodicEventHandle_);
@@ -211,7 +227,7 @@ vorx::vcc::api::types::ListenerDescriptor OrxMaintaindClient::GetMaintaindClient
         return descriptor;
     }
     descriptor.kind = static_cast<uint8_t>(vorx::vcc::api::types::ListenerKind::MAINTENANCE);
-    std::lock_guard<std::mutex> lock(listenerMutex_);
+    orx::sync::MutexLock lock(listenerMutex_);
     if (!listener_) {
         listener_ = std::make_shared<maintaind::MaintaindListener>();
     }
@@ -238,8 +254,15 @@ void OrxMaintaindClient::RegisterLatencyQuery(
     latencyClient_->RegisterLatencyQuery(handler, info, driverType);
 }
 
+void OrxMaintaindClient::UseEventController(
+    std::shared_ptr<vorx::vcc::EventController> controller) {
+    if (!initialised_.load() && controller) {
+        eventController_ = std::move(controller);
+    }
+}
+
 std::shared_ptr<vorx::vcc::Proxy> OrxMaintaindClient::GetMaintaindProxy() const {
-    std::lock_guard<std::mutex> lock(proxyMutex_);
+    orx::sync::MutexLock lock(proxyMutex_);
     return maintaindProxy_;
 }
 
@@ -253,17 +276,17 @@ int32_t OrxMaintaindClient::GetProcessPid() const {
 }
 
 std::string OrxMaintaindClient::GetApplicationName() const {
-    std::lock_guard<std::mutex> lock(nameMutex_);
+    orx::sync::MutexLock lock(nameMutex_);
     return applicationName_;
 }
 
 void OrxMaintaindClient::SetApplicationName(const std::string& name) {
-    std::lock_guard<std::mutex> lock(nameMutex_);
+    orx::sync::MutexLock lock(nameMutex_);
     applicationName_ = name;
 }
 
 void OrxMaintaindClient::EnsureApplicationName() {
-    std::lock_guard<std::mutex> lock(nameMutex_);
+    orx::sync::MutexLock lock(nameMutex_);
     if (applicationName_.empty()) {
         applicationName_ = applicationNameService_->GetAppName();
     }
@@ -271,10 +294,15 @@ void OrxMaintaindClient::EnsureApplicationName() {
 
 void OrxMaintaindClient::PrepareClients() {
     const std::string name = GetApplicationName();
+    const DaemonLink link{GetMaintaindProxy(), eventController_->Clock()};
     eventClient_->SetApplicationName(name);
+    eventClient_->SetDaemonLink(link);
     methodClient_->SetApplicationName(name);
+    methodClient_->SetDaemonLink(link);
     fieldClient_->SetApplicationName(name);
+    fieldClient_->SetDaemonLink(link);
     e2eClient_->SetApplicationName(name);
+    e2eClient_->SetDaemonLink(link);
 }
 
 ara::kelda::common::log::LogStream OrxMaintaindClient::LogInfo(bool quiet) const {

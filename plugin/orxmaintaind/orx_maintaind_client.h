@@ -13,6 +13,7 @@
 
 #include "ara/kelda/common/log/log.h"
 #include "orx/maintaind/types.h"
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/maintaind_client_error_code.h"
 #include "orxmaintaind/orx_maintaind_bind_index.h"
 #include "orxmaintaind/orxcm_dfx_export.h"
@@ -77,12 +78,12 @@ struct CacheLogTexts;
 // Threads: the client starts none. Report operations run on the core's callers, the discovery
 // callback on the core's discovery thread, every send and replay on the EventController thread.
 //
-// Locks: mutex_ guards the caches, the node state, the method-ready flag and every send,
-// including the waits of up to 300 ms for a reply. The proxy pointer is written only under
-// mutex_ and read through GetMaintaindProxy, which takes only the leaf lock proxyMutex_, so the
-// per-kind clients, the latency client and the listener may read it while mutex_ is held
-// elsewhere. nameMutex_ (leaf) guards the application name, which report operations copy on the
-// caller's thread. listenerMutex_ guards the listener's creation only.
+// Locks (annotated below, checked by clang): mutex_ guards the caches, the node state, the
+// method-ready flag and every send, including the waits of up to 300 ms for a reply. The proxy
+// pointer is written only with mutex_ held and read through GetMaintaindProxy, which takes only
+// the leaf lock proxyMutex_, so the per-kind clients, the latency client and the listener may read
+// it while mutex_ is held elsewhere. nameMutex_ (leaf) guards the application name, which report
+// operations copy on the caller's thread. listenerMutex_ guards the listener's creation only.
 //
 // Failures toward the daemon are never thrown; only system errors of mutexes and once-flags
 // escape.
@@ -154,10 +155,18 @@ class ORXCM_DFX_EXPORT OrxMaintaindClient final
     // an empty descriptor otherwise.
     vorx::vcc::api::types::ListenerDescriptor GetMaintaindClientListener() override;
 
+    // --- for tests and benchmarks ---------------------------------------------------------
+
+    // Makes the client schedule its jobs on `controller`, and time its waits for the daemon's
+    // replies with that controller's clock, instead of the process-wide controller. Call it
+    // before InitializeAll (later calls have no effect), on the thread that then calls it.
+    void UseEventController(std::shared_ptr<vorx::vcc::EventController> controller);
+
     // --- for the plug-in's other parts ----------------------------------------------------
 
-    // The daemon's proxy; empty until the daemon has been found. Any thread.
-    std::shared_ptr<vorx::vcc::Proxy> GetMaintaindProxy() const;
+    // The daemon's proxy; empty until the daemon has been found. Any thread, with or without
+    // mutex_ held.
+    std::shared_ptr<vorx::vcc::Proxy> GetMaintaindProxy() const EXCLUDES(proxyMutex_);
     // Stores this process's pid.
     void SetProcessPid();
     int32_t GetProcessPid() const;
@@ -168,74 +177,84 @@ class ORXCM_DFX_EXPORT OrxMaintaindClient final
     void InitializeProxy();
     static void MaintaindServiceAvailabilityCallback(
         const std::vector<vorx::vcc::HandleType>& handles, std::weak_ptr<OrxMaintaindClient> self);
-    void ScheduleReplayJobs(const std::weak_ptr<OrxMaintaindClient>& self);
-    std::string GetApplicationName() const;
-    void SetApplicationName(const std::string& name);
-    void EnsureApplicationName();
-    // Hands the application name to the per-kind clients. REQUIRES: mutex_.
-    void PrepareClients();
+    void ScheduleReplayJobs(const std::weak_ptr<OrxMaintaindClient>& self) REQUIRES(mutex_);
+    std::string GetApplicationName() const EXCLUDES(nameMutex_);
+    void SetApplicationName(const std::string& name) EXCLUDES(nameMutex_);
+    void EnsureApplicationName() EXCLUDES(nameMutex_);
+    // Hands the application name, the proxy and the clock to the per-kind clients.
+    void PrepareClients() REQUIRES(mutex_);
 
-    // Binding to the daemon's service. REQUIRES: mutex_.
-    bool InitializeMethodInfo(const uint32_t& methodEntityId);
-    bool InitializeEventInfo(const uint32_t& eventEntityId);
-    void InitializeMaintaindMethod();
-    void InitializeMaintaindEvent();
+    // Binding to the daemon's service.
+    bool InitializeMethodInfo(const uint32_t& methodEntityId) REQUIRES(mutex_);
+    bool InitializeEventInfo(const uint32_t& eventEntityId) REQUIRES(mutex_);
+    void InitializeMaintaindMethod() REQUIRES(mutex_);
+    void InitializeMaintaindEvent() REQUIRES(mutex_);
 
     // Node registration.
     void StartToRegisterNodePid();
-    void RegisterNodePidInfo();
-    // REQUIRES: mutex_.
+    void RegisterNodePidInfo() EXCLUDES(mutex_);
     ErrorCode RegisterNodePidAndState(const std::string& appName, const int32_t& pid,
-                                      const bool& isOnline);
-    void UnregisterNodePidInfo();
+                                      const bool& isOnline) REQUIRES(mutex_);
+    void UnregisterNodePidInfo() EXCLUDES(mutex_);
 
-    // Scheduling of the report jobs.
+    // Scheduling of the report jobs. A withdrawal job does not own the client (see
+    // WithdrawalGate); it is given the client when it runs.
     bool ScheduleJob(const std::function<void()>& job, const char* what);
-    void ScheduleWithdrawal(const std::function<void()>& job, const char* what,
+    void ScheduleWithdrawal(const std::function<void(OrxMaintaindClient&)>& job, const char* what,
                             const char* failure);
 
-    // The report jobs: send at once or keep in the cache. Each takes mutex_.
+    // The report jobs: send at once or keep in the cache. Each takes mutex_ for its whole run.
     void RegisterEventWithThreadPool(const OrxMaintaindBindIndex& index, const EventInfoMap& infos,
-                                     bool isPub);
+                                     bool isPub) EXCLUDES(mutex_);
     void UnregisterEventWithThreadPool(const OrxMaintaindBindIndex& index,
-                                       const EventInfoMap& infos, bool isPub);
+                                       const EventInfoMap& infos, bool isPub) EXCLUDES(mutex_);
     void RegisterMethodWithThreadPool(const OrxMaintaindBindIndex& index,
-                                      const MethodInfoMap& infos, bool isPub);
+                                      const MethodInfoMap& infos, bool isPub) EXCLUDES(mutex_);
     void UnregisterMethodWithThreadPool(const OrxMaintaindBindIndex& index,
-                                        const MethodInfoMap& infos, bool isPub);
+                                        const MethodInfoMap& infos, bool isPub) EXCLUDES(mutex_);
     void RegisterFieldWithThreadPool(const OrxMaintaindBindIndex& index, const FieldInfoMap& infos,
-                                     bool isPub);
+                                     bool isPub) EXCLUDES(mutex_);
     void UnregisterFieldWithThreadPool(const OrxMaintaindBindIndex& index,
-                                       const FieldInfoMap& infos, bool isPub);
+                                       const FieldInfoMap& infos, bool isPub) EXCLUDES(mutex_);
     void RegisterE2EWithThreadPool(
-        const std::vector<vorx::vcc::api::types::EventE2EConfigInfo>& configs);
+        const std::vector<vorx::vcc::api::types::EventE2EConfigInfo>& configs) EXCLUDES(mutex_);
 
     // The steps the three kinds of entity share; `send(infos, isPub, isRegister)` sends through
-    // the kind's client. REQUIRES: mutex_ (the first two take it).
+    // the kind's client.
     template <typename Info, typename Send>
     void SendOrCache(InfoCache<Info>& cache, const OrxMaintaindBindIndex& index,
-                     const InfoMap<Info>& infos, const Send& send, const CacheLogTexts& texts);
+                     const InfoMap<Info>& infos, const Send& send, const CacheLogTexts& texts)
+        REQUIRES(mutex_);
     template <typename Info, typename Send>
     void WithdrawOrForget(InfoCache<Info>& cache, const OrxMaintaindBindIndex& index,
-                          const InfoMap<Info>& infos, const Send& send, const CacheLogTexts& texts);
+                          const InfoMap<Info>& infos, const Send& send, const CacheLogTexts& texts)
+        REQUIRES(mutex_);
     template <typename Info, typename Send>
     void ReplayCache(InfoCache<Info>& replayed, InfoCache<Info>& cache, uint16_t& failureCount,
-                     bool periodic, const Send& send, const CacheLogTexts& texts);
+                     bool periodic, const Send& send, const CacheLogTexts& texts) REQUIRES(mutex_);
 
-    // The replay. REQUIRES: mutex_ (the two jobs take it).
-    bool FindAndEraseCacheEventInfo(const OrxMaintaindBindIndex& index, bool& isRegister);
-    bool FindAndEraseCacheMethodInfo(const OrxMaintaindBindIndex& index, bool& isRegister);
-    bool FindAndEraseCacheFieldInfo(const OrxMaintaindBindIndex& index, bool& isRegister);
-    void FirstTimeRegisterCacheInfo();
-    void PeriodicRegisterCacheInfo();
-    void RegisterCacheInfo(bool periodic);
-    void RegisterEventCacheInfo(EventCache& cache, uint16_t& failureCount, bool periodic);
-    void RegisterMethodCacheInfo(MethodCache& cache, uint16_t& failureCount, bool periodic);
-    void RegisterFieldCacheInfo(FieldCache& cache, uint16_t& failureCount, bool periodic);
-    void RegisterE2ECacheInfo(uint16_t& failureCount, bool periodic);
-    void InsertE2ECache(const std::vector<vorx::vcc::api::types::EventE2EConfigInfo>& configs);
-    bool CheckCacheInfoIsEmpty() const;
-    void PrintRegisterInfo(const std::string& entityType, ErrorCode result, bool quiet);
+    // The replay; the two jobs take mutex_ for their whole run.
+    bool FindAndEraseCacheEventInfo(const OrxMaintaindBindIndex& index, bool& isRegister)
+        REQUIRES(mutex_);
+    bool FindAndEraseCacheMethodInfo(const OrxMaintaindBindIndex& index, bool& isRegister)
+        REQUIRES(mutex_);
+    bool FindAndEraseCacheFieldInfo(const OrxMaintaindBindIndex& index, bool& isRegister)
+        REQUIRES(mutex_);
+    void FirstTimeRegisterCacheInfo() EXCLUDES(mutex_);
+    void PeriodicRegisterCacheInfo() EXCLUDES(mutex_);
+    void RegisterCacheInfo(bool periodic) REQUIRES(mutex_);
+    void RegisterEventCacheInfo(EventCache& cache, uint16_t& failureCount, bool periodic)
+        REQUIRES(mutex_);
+    void RegisterMethodCacheInfo(MethodCache& cache, uint16_t& failureCount, bool periodic)
+        REQUIRES(mutex_);
+    void RegisterFieldCacheInfo(FieldCache& cache, uint16_t& failureCount, bool periodic)
+        REQUIRES(mutex_);
+    void RegisterE2ECacheInfo(uint16_t& failureCount, bool periodic) REQUIRES(mutex_);
+    void InsertE2ECache(const std::vector<vorx::vcc::api::types::EventE2EConfigInfo>& configs)
+        REQUIRES(mutex_);
+    bool CheckCacheInfoIsEmpty() const REQUIRES(mutex_);
+    void PrintRegisterInfo(const std::string& entityType, ErrorCode result, bool quiet)
+        REQUIRES(mutex_);
 
     // A log line at info (warning) level, or at debug level when `quiet`.
     ara::kelda::common::log::LogStream LogInfo(bool quiet) const;
@@ -244,45 +263,52 @@ class ORXCM_DFX_EXPORT OrxMaintaindClient final
     // Fields, in the order of their roles. The core's service callback handle, service list
     // handle and plog instance have no counterpart in this core, so the client keeps none.
     std::atomic<int32_t> processPid_{-1};
-    std::shared_ptr<vorx::vcc::Proxy>
-        maintaindProxy_;  // GUARDED_BY(proxyMutex_), written under mutex_
-    mutable std::mutex proxyMutex_;
+    // Written with mutex_ held too, so one discovery callback at a time decides to create it.
+    std::shared_ptr<vorx::vcc::Proxy> maintaindProxy_ GUARDED_BY(proxyMutex_);
+    mutable orx::sync::Mutex proxyMutex_ ACQUIRED_AFTER(mutex_);
     std::atomic<bool> destructing_{false};
     std::atomic<bool> initialised_{false};
-    std::string applicationName_;  // GUARDED_BY(nameMutex_)
-    mutable std::mutex nameMutex_;
-    mutable std::mutex mutex_;
-    uint8_t nodeState_{2};  // GUARDED_BY(mutex_): 2 nothing requested, 1 pending, 0 done
+    std::string applicationName_ GUARDED_BY(nameMutex_);
+    mutable orx::sync::Mutex nameMutex_ ACQUIRED_AFTER(mutex_);
+    mutable orx::sync::Mutex mutex_;
+    uint8_t nodeState_ GUARDED_BY(mutex_){2};  // 2 nothing requested, 1 pending, 0 done
     std::shared_ptr<OrxMaintaindEventClient> eventClient_;
     std::shared_ptr<OrxMaintaindMethodClient> methodClient_;
     std::shared_ptr<OrxMaintaindFieldClient> fieldClient_;
     std::shared_ptr<OrxMaintaindE2EClient> e2eClient_;
     std::shared_ptr<OrxMaintaindLatencyClient> latencyClient_;
     std::shared_ptr<ara::kelda::common::orxConfigParser::ParseJsonToGetConfig> configReader_;
-    EventCache eventCache_;    // GUARDED_BY(mutex_)
-    MethodCache methodCache_;  // GUARDED_BY(mutex_)
-    FieldCache fieldCache_;    // GUARDED_BY(mutex_)
-    E2ECache e2eCache_;        // GUARDED_BY(mutex_)
+    EventCache eventCache_ GUARDED_BY(mutex_);
+    MethodCache methodCache_ GUARDED_BY(mutex_);
+    FieldCache fieldCache_ GUARDED_BY(mutex_);
+    E2ECache e2eCache_ GUARDED_BY(mutex_);
     std::shared_ptr<vorx::vcc::EventController> eventController_;
     std::shared_ptr<vorx::vcc::ApplicationName> applicationNameService_;
     std::shared_ptr<ara::kelda::common::log::Log> logger_;
-    bool methodReady_{false};  // GUARDED_BY(mutex_)
+    bool methodReady_ GUARDED_BY(mutex_){false};
     vorx::vcc::FindServiceHandle findServiceHandle_;
     std::pair<std::string, bool> network_;
-    std::atomic<int32_t> pendingWithdrawals_{0};
+    // Withdrawal jobs reach the client through this gate instead of owning it, so the client can
+    // be destroyed while some are still scheduled: its destructor waits until `pending` is back
+    // at 0, that is until each of them has been sent or cached, and then closes the gate.
+    struct WithdrawalGate {
+        orx::sync::Mutex mutex;                        // held while a withdrawal job runs
+        OrxMaintaindClient* client GUARDED_BY(mutex);  // null once the gate is closed
+        std::atomic<int32_t> pending{0};               // withdrawal jobs the controller still holds
+    };
+    const std::shared_ptr<WithdrawalGate> withdrawals_;
     std::shared_ptr<vorx::vcc::orxmaintaind::type::OrxMaintaindType> coreType_;
     std::shared_ptr<type::OrxMaintaindType> ownType_;
     // The daemon's methods (entity id to topic map) and events (entity id to name).
     std::map<uint16_t, std::map<std::string, std::string>> methodTopics_;
     std::map<uint16_t, std::string> eventNames_;
-    vorx::vcc::EventHandle periodicEventHandle_{
-        vorx::vcc::kInvalidEventHandle};    // GUARDED_BY(mutex_)
-    uint32_t periodicCount_{0};             // GUARDED_BY(mutex_)
-    ErrorCode lastResult_{ErrorCode::kOk};  // GUARDED_BY(mutex_)
+    vorx::vcc::EventHandle periodicEventHandle_ GUARDED_BY(mutex_){vorx::vcc::kInvalidEventHandle};
+    uint32_t periodicCount_ GUARDED_BY(mutex_){0};
+    ErrorCode lastResult_ GUARDED_BY(mutex_){ErrorCode::kOk};
     std::once_flag initOnce_;
     std::once_flag unregisterOnce_;
-    std::shared_ptr<maintaind::MaintaindListener> listener_;  // GUARDED_BY(listenerMutex_)
-    std::mutex listenerMutex_;
+    std::shared_ptr<maintaind::MaintaindListener> listener_ GUARDED_BY(listenerMutex_);
+    orx::sync::Mutex listenerMutex_;
 };
 
 }  // namespace orxmaintaind

@@ -2,6 +2,7 @@
 // method is ready, and otherwise kept, keyed by its bind index, until a replay delivers it, a
 // withdrawal cancels it or a failing periodic pass drops it.
 
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_constants.h"
 #include "orxmaintaind/orx_maintaind_e2e_client.h"
@@ -89,7 +90,6 @@ template <typename Info, typename Send>
 void OrxMaintaindClient::SendOrCache(InfoCache<Info>& cache, const OrxMaintaindBindIndex& index,
                                      const InfoMap<Info>& infos, const Send& send,
                                      const CacheLogTexts& texts) {
-    std::lock_guard<std::mutex> lock(mutex_);
     PrepareClients();
     if (!GetMaintaindProxy() || !methodReady_) {
         logger_->LogVerbose() << texts.cachedWithoutProxy;
@@ -111,7 +111,6 @@ void OrxMaintaindClient::WithdrawOrForget(InfoCache<Info>& cache,
                                           const OrxMaintaindBindIndex& index,
                                           const InfoMap<Info>& infos, const Send& send,
                                           const CacheLogTexts& texts) {
-    std::lock_guard<std::mutex> lock(mutex_);
     PrepareClients();
     bool isRegister = true;
     if (!GetMaintaindProxy() || !methodReady_) {
@@ -163,6 +162,7 @@ void OrxMaintaindClient::ReplayCache(InfoCache<Info>& replayed, InfoCache<Info>&
 
 void OrxMaintaindClient::RegisterEventWithThreadPool(const OrxMaintaindBindIndex& index,
                                                      const EventInfoMap& infos, bool isPub) {
+    orx::sync::MutexLock lock(mutex_);
     OrxMaintaindBindIndex key = index;
     key.isPub = isPub;
     SendOrCache(
@@ -175,6 +175,7 @@ void OrxMaintaindClient::RegisterEventWithThreadPool(const OrxMaintaindBindIndex
 
 void OrxMaintaindClient::UnregisterEventWithThreadPool(const OrxMaintaindBindIndex& index,
                                                        const EventInfoMap& infos, bool isPub) {
+    orx::sync::MutexLock lock(mutex_);
     OrxMaintaindBindIndex key = index;
     key.isPub = isPub;
     WithdrawOrForget(
@@ -187,6 +188,7 @@ void OrxMaintaindClient::UnregisterEventWithThreadPool(const OrxMaintaindBindInd
 
 void OrxMaintaindClient::RegisterMethodWithThreadPool(const OrxMaintaindBindIndex& index,
                                                       const MethodInfoMap& infos, bool isPub) {
+    orx::sync::MutexLock lock(mutex_);
     OrxMaintaindBindIndex key = index;
     key.isPub = isPub;
     SendOrCache(
@@ -199,6 +201,7 @@ void OrxMaintaindClient::RegisterMethodWithThreadPool(const OrxMaintaindBindInde
 
 void OrxMaintaindClient::UnregisterMethodWithThreadPool(const OrxMaintaindBindIndex& index,
                                                         const MethodInfoMap& infos, bool isPub) {
+    orx::sync::MutexLock lock(mutex_);
     OrxMaintaindBindIndex key = index;
     key.isPub = isPub;
     WithdrawOrForget(
@@ -211,6 +214,7 @@ void OrxMaintaindClient::UnregisterMethodWithThreadPool(const OrxMaintaindBindIn
 
 void OrxMaintaindClient::RegisterFieldWithThreadPool(const OrxMaintaindBindIndex& index,
                                                      const FieldInfoMap& infos, bool isPub) {
+    orx::sync::MutexLock lock(mutex_);
     OrxMaintaindBindIndex key = index;
     key.isPub = isPub;
     SendOrCache(
@@ -223,6 +227,7 @@ void OrxMaintaindClient::RegisterFieldWithThreadPool(const OrxMaintaindBindIndex
 
 void OrxMaintaindClient::UnregisterFieldWithThreadPool(const OrxMaintaindBindIndex& index,
                                                        const FieldInfoMap& infos, bool isPub) {
+    orx::sync::MutexLock lock(mutex_);
     OrxMaintaindBindIndex key = index;
     key.isPub = isPub;
     WithdrawOrForget(
@@ -234,7 +239,7 @@ void OrxMaintaindClient::UnregisterFieldWithThreadPool(const OrxMaintaindBindInd
 }
 
 void OrxMaintaindClient::RegisterE2EWithThreadPool(const std::vector<EventE2EConfigInfo>& configs) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     PrepareClients();
     if (!GetMaintaindProxy() || !methodReady_) {
         InsertE2ECache(configs);
@@ -273,7 +278,7 @@ bool OrxMaintaindClient::FindAndEraseCacheFieldInfo(const OrxMaintaindBindIndex&
 }
 
 void OrxMaintaindClient::FirstTimeRegisterCacheInfo() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     InitializeMaintaindMethod();
     InitializeMaintaindEvent();
     logger_->LogDebug() << "Register cache information for the first time.";
@@ -281,7 +286,7 @@ void OrxMaintaindClient::FirstTimeRegisterCacheInfo() {
 }
 
 void OrxMaintaindClient::PeriodicRegisterCacheInfo() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (!CheckCacheInfoIsEmpty() && methodReady_) {
         RegisterCacheInfo(true);
     }

@@ -1,6 +1,7 @@
 // Node registration: the process reports its application name, pid and online state once, and
 // withdraws the report when the client is destroyed.
 
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_constants.h"
 #include "orxmaintaind/orx_maintaind_request.h"
@@ -54,13 +55,13 @@ void OrxMaintaindClient::StartToRegisterNodePid() {
     const std::shared_ptr<OrxMaintaindClient> self = GetInstance();
     const vorx::vcc::EventHandle handle = eventController_->NewEvent(
         vorx::vcc::EventScheduleMode::kOneShot, [self] { self->RegisterNodePidInfo(); },
-        vorx::vcc::GetCurMonoTime(), -1);
+        eventController_->GetCurMonoTime(), -1);
     logger_->LogDebug() << "Begin to insert register node pid event[" << handle << "]";
     eventController_->InsertEvent(handle);
 }
 
 void OrxMaintaindClient::RegisterNodePidInfo() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (!GetMaintaindProxy() || !methodReady_) {
         nodeState_ = kNodePending;
         return;
@@ -100,7 +101,9 @@ OrxMaintaindClient::ErrorCode OrxMaintaindClient::RegisterNodePidAndState(
     node.nodePidInfo.isOnline = isOnline;
     logger_->LogVerbose() << "Begin to register app : " << appName << " of pid :" << pid
                           << ", online status is : " << isOnline;
-    switch (RequestRegisterApp(proxy, request, ReplyWait::kSystemDeadline)) {
+    const DaemonLink link{
+        proxy, eventController_ ? eventController_->Clock() : vorx::vcc::MonoClock::Real()};
+    switch (RequestRegisterApp(link, request, ReplyWait::kSystemDeadline)) {
         case RequestOutcome::kNoMethod:
             logger_->LogDebug() << "Proxy is not created, register node pid and state fail";
             return ErrorCode::kNotInitialized;
@@ -125,13 +128,13 @@ OrxMaintaindClient::ErrorCode OrxMaintaindClient::RegisterNodePidAndState(
 }
 
 void OrxMaintaindClient::UnregisterNodePidInfo() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (nodeState_ != kNodeDone) {
         // A node that never reached the daemon has nothing to withdraw.
         logger_->LogDebug() << "Maybe RegisterNodePid fail, UnregisterNodePid ingore...";
         return;
     }
-    std::call_once(unregisterOnce_, [this] {
+    std::call_once(unregisterOnce_, [this]() REQUIRES(mutex_) {
         const std::string name = GetApplicationName();
         const int32_t pid = GetProcessPid();
         const ErrorCode result = RegisterNodePidAndState(name, pid, false);

@@ -1,6 +1,9 @@
 // The core's report operations: each builds the cache key of the entity and schedules one job on
 // the EventController; the jobs (orx_maintaind_client_cache.cpp) send or cache.
 
+#include <memory>
+#include <utility>
+
 #include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_constants.h"
 #include "orxmaintaind/orx_maintaind_latency_client.h"
@@ -72,10 +75,20 @@ bool IsReportedField(const OrxMaintaindClient::FieldInfoMap& infos) {
            !vorx::vcc::CheckIsReserveServiceId(infos.begin()->second->GetServiceId());
 }
 
-// Lowers the pending-withdrawals counter when a withdrawal job ends, however it ends.
-struct WithdrawalDone {
-    std::atomic<int32_t>& pending;
-    ~WithdrawalDone() { pending.fetch_sub(1); }
+// Counts one withdrawal job as pending for as long as the controller holds the job, whether it
+// runs it or drops it unrun.
+template <typename Gate>
+class PendingTicket {
+  public:
+    explicit PendingTicket(std::shared_ptr<Gate> gate) : gate_(std::move(gate)) {
+        gate_->pending.fetch_add(1);
+    }
+    ~PendingTicket() { gate_->pending.fetch_sub(1); }
+    PendingTicket(const PendingTicket&) = delete;
+    PendingTicket& operator=(const PendingTicket&) = delete;
+
+  private:
+    const std::shared_ptr<Gate> gate_;
 };
 
 constexpr const char* kOnlyFieldText = "Maybe is only use field, ignore...";
@@ -86,18 +99,25 @@ constexpr const char* kNotReportedMethodText =
 
 bool OrxMaintaindClient::ScheduleJob(const std::function<void()>& job, const char* what) {
     const vorx::vcc::EventHandle handle = eventController_->NewEvent(
-        vorx::vcc::EventScheduleMode::kOneShot, job, vorx::vcc::GetCurMonoTime(), -1);
+        vorx::vcc::EventScheduleMode::kOneShot, job, eventController_->GetCurMonoTime(), -1);
     logger_->LogDebug() << what << handle << "]";
     return eventController_->InsertEvent(handle);
 }
 
-void OrxMaintaindClient::ScheduleWithdrawal(const std::function<void()>& job, const char* what,
-                                            const char* failure) {
-    // Raised before the job can run, lowered by the job when it is done: the destructor waits
-    // until it is back at 0.
-    pendingWithdrawals_.fetch_add(1);
-    if (!ScheduleJob(job, what)) {
-        pendingWithdrawals_.fetch_sub(1);
+void OrxMaintaindClient::ScheduleWithdrawal(const std::function<void(OrxMaintaindClient&)>& job,
+                                            const char* what, const char* failure) {
+    const std::shared_ptr<WithdrawalGate> gate = withdrawals_;
+    // Pending before the job can run, and until the controller lets it go.
+    const auto ticket = std::make_shared<PendingTicket<WithdrawalGate>>(gate);
+    const bool scheduled = ScheduleJob(
+        [gate, ticket, job] {
+            orx::sync::MutexLock lock(gate->mutex);
+            if (gate->client != nullptr) {
+                job(*gate->client);
+            }
+        },
+        what);
+    if (!scheduled) {
         logger_->LogWarn() << failure;
     }
 }
@@ -126,7 +146,6 @@ void OrxMaintaindClient::UnregisterEventInfoToMaintaind(const EntityBindingMap<E
         return;
     }
     EnsureApplicationName();
-    const auto self = shared_from_this();
     for (const auto& entity : infos) {
         const EventInfoMap kept = KeepPlainEvents(entity.second);
         if (kept.empty()) {
@@ -135,9 +154,8 @@ void OrxMaintaindClient::UnregisterEventInfoToMaintaind(const EntityBindingMap<E
         }
         const OrxMaintaindBindIndex index = MakeBindIndex(kept, isPub, false);
         ScheduleWithdrawal(
-            [self, index, kept] {
-                const WithdrawalDone done{self->pendingWithdrawals_};
-                self->UnregisterEventWithThreadPool(index, kept, index.isPub);
+            [index, kept](OrxMaintaindClient& client) {
+                client.UnregisterEventWithThreadPool(index, kept, index.isPub);
             },
             "Begin to insert unregister event info event[",
             "Failed to insert unregister event info event");
@@ -172,7 +190,6 @@ void OrxMaintaindClient::UnregisterMethodInfoToMaintaind(const EntityBindingMap<
         return;
     }
     EnsureApplicationName();
-    const auto self = shared_from_this();
     for (const auto& entity : infos) {
         const MethodInfoMap kept = KeepDescribed(entity.second);
         if (!IsReportedMethod(kept)) {
@@ -181,9 +198,8 @@ void OrxMaintaindClient::UnregisterMethodInfoToMaintaind(const EntityBindingMap<
         }
         const OrxMaintaindBindIndex index = MakeBindIndex(kept, isPub, false);
         ScheduleWithdrawal(
-            [self, index, kept] {
-                const WithdrawalDone done{self->pendingWithdrawals_};
-                self->UnregisterMethodWithThreadPool(index, kept, index.isPub);
+            [index, kept](OrxMaintaindClient& client) {
+                client.UnregisterMethodWithThreadPool(index, kept, index.isPub);
             },
             "Begin to insert unregister method info event[",
             "Failed to insert unregister method info event");
@@ -214,7 +230,6 @@ void OrxMaintaindClient::UnregisterFieldInfoToMaintaind(const EntityBindingMap<F
         return;
     }
     EnsureApplicationName();
-    const auto self = shared_from_this();
     for (const auto& entity : infos) {
         const FieldInfoMap kept = KeepDescribed(entity.second);
         if (!IsReportedField(kept)) {
@@ -223,9 +238,8 @@ void OrxMaintaindClient::UnregisterFieldInfoToMaintaind(const EntityBindingMap<F
         }
         const OrxMaintaindBindIndex index = MakeBindIndex(kept, isPub, false);
         ScheduleWithdrawal(
-            [self, index, kept] {
-                const WithdrawalDone done{self->pendingWithdrawals_};
-                self->UnregisterFieldWithThreadPool(index, kept, index.isPub);
+            [index, kept](OrxMaintaindClient& client) {
+                client.UnregisterFieldWithThreadPool(index, kept, index.isPub);
             },
             "Begin to insert unregister field info event[",
             "Failed to insert unregister field info event");

@@ -7,7 +7,6 @@
 #include "config/valid_uint16.h"
 #include "orx/maintaind/config/orx_maintaind_config.h"
 #include "orx/maintaind/config/value_conversions.h"
-#include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_constants.h"
 #include "orxmaintaind/orx_maintaind_request.h"
 
@@ -128,15 +127,14 @@ std::vector<record::EventE2EConfigInfo> OrxMaintaindE2EClient::ChangeEventE2ECon
 ErrorCode OrxMaintaindE2EClient::RegisterNodeE2ESubInfo(
     const record::NodeCommonRegisterInfo& info) {
     logger_->LogVerbose() << "Start to send request to register sub e2e info";
-    const auto proxy = OrxMaintaindClient::GetInstance()->GetMaintaindProxy();
-    if (!proxy) {
+    if (!link_.proxy) {
         logger_->LogDebug() << kE2ERequestTexts.noMethod;
         return ErrorCode::kNotInitialized;
     }
     record::AppRegisterInfo request;
     request.kind = static_cast<uint8_t>(record::ReportKind::E2E_AND_NODE);
     request.nodeCommonRegisterInfo = info;
-    const RequestOutcome outcome = RequestRegisterApp(proxy, request, ReplyWait::kRelative);
+    const RequestOutcome outcome = RequestRegisterApp(link_, request, ReplyWait::kRelative);
     return ReportRequestOutcome(*logger_, outcome, kE2ERequestTexts);
 }
 

@@ -5,11 +5,13 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ara/kelda/common/log/log.h"
 #include "orx/maintaind/types.h"
 #include "orxmaintaind/maintaind_client_error_code.h"
+#include "orxmaintaind/orx_maintaind_request.h"
 #include "orxmaintaind/orxcm_dfx_export.h"
 #include "vorx/vcc/api/types/e2e_config.h"
 
@@ -29,6 +31,10 @@ class ORXCM_DFX_EXPORT OrxMaintaindE2EClient {
 
     OrxMaintaindE2EClient();
 
+    // Where to send; the client core hands it over before every send. Until then there is no
+    // proxy and every send returns 3.
+    void SetDaemonLink(DaemonLink link) { link_ = std::move(link); }
+
     void SetApplicationName(const std::string& appName) { appName_ = appName; }
     const std::string& GetApplicationName() const { return appName_; }
 
@@ -46,6 +52,7 @@ class ORXCM_DFX_EXPORT OrxMaintaindE2EClient {
         const orx::maintaind::NodeCommonRegisterInfo& record);
 
   private:
+    DaemonLink link_;
     std::string appName_;
     int32_t pid_;
     std::shared_ptr<ara::kelda::common::log::Log> logger_;

@@ -1,7 +1,6 @@
 #include "orxmaintaind/orx_maintaind_event_client.h"
 
 #include "orx/maintaind/config/orx_maintaind_config.h"
-#include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_constants.h"
 #include "orxmaintaind/orx_maintaind_request.h"
 #include "vorx/driver/dds/dds_entity_info.h"
@@ -95,8 +94,7 @@ ErrorCode OrxMaintaindEventClient::RegisterEventInfo(
     const std::shared_ptr<orx::maintaind::EventRegisterInfo>& record, bool isPub) {
     logger_->LogVerbose() << "Begin to send event info to maintaind[eventName=" << record->eventName
                           << ", isPub=" << isPub << ", isOnline=" << record->isOnline << "]";
-    const auto proxy = OrxMaintaindClient::GetInstance()->GetMaintaindProxy();
-    if (!proxy) {
+    if (!link_.proxy) {
         logger_->LogDebug() << kEventRequestTexts.noMethod;
         return ErrorCode::kNotInitialized;
     }
@@ -104,7 +102,7 @@ ErrorCode OrxMaintaindEventClient::RegisterEventInfo(
     request.isPub = isPub;
     request.kind = static_cast<uint8_t>(orx::maintaind::ReportKind::EVENT);
     request.eventRegisterInfo = *record;
-    const RequestOutcome outcome = RequestRegisterApp(proxy, request, ReplyWait::kRelative);
+    const RequestOutcome outcome = RequestRegisterApp(link_, request, ReplyWait::kRelative);
     return ReportRequestOutcome(*logger_, outcome, kEventRequestTexts);
 }
 

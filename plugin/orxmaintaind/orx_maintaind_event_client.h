@@ -4,11 +4,13 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "ara/kelda/common/log/log.h"
 #include "orx/maintaind/types.h"
 #include "orxmaintaind/maintaind_client_error_code.h"
 #include "orxmaintaind/orx_maintaind_e2e_client.h"
+#include "orxmaintaind/orx_maintaind_request.h"
 #include "orxmaintaind/orxcm_dfx_export.h"
 #include "vorx/vcc/api/types/driver_type.h"
 #include "vorx/vcc/api/types/entity_info.h"
@@ -30,6 +32,10 @@ class ORXCM_DFX_EXPORT OrxMaintaindEventClient {
                                   std::shared_ptr<vorx::vcc::api::types::EventInfo>>;
 
     OrxMaintaindEventClient();
+
+    // Where to send; the client core hands it over before every send. Until then there is no
+    // proxy and every send returns 3.
+    void SetDaemonLink(DaemonLink link) { link_ = std::move(link); }
 
     void SetApplicationName(const std::string& appName);
     const std::string& GetApplicationName() const { return appName_; }
@@ -53,6 +59,7 @@ class ORXCM_DFX_EXPORT OrxMaintaindEventClient {
         const std::shared_ptr<orx::maintaind::EventRegisterInfo>& record, bool isPub);
 
   private:
+    DaemonLink link_;
     std::string appName_;
     std::shared_ptr<ara::kelda::common::log::Log> logger_;
     std::shared_ptr<OrxMaintaindE2EClient> e2eClient_;

@@ -4,7 +4,6 @@
 
 #include "orx/maintaind/config/orx_maintaind_config.h"
 #include "orx/maintaind/config/value_conversions.h"
-#include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_method_records.h"
 #include "orxmaintaind/orx_maintaind_request.h"
 #include "vorx/driver/dds/dds_entity_info.h"
@@ -155,23 +154,21 @@ void OrxMaintaindFieldClient::GetFieldInfo(const FieldEntry& entry,
                                            orx::maintaind::DriverType driverType,
                                            bool isPub) const {
     const FieldInfoPtr& field = entry.second;
-    if (record.fieldInfos.empty()) {
-        // The first binding sets what all bindings of the field share.
-        record.serviceName = field->GetServiceName();
-        record.instanceName = field->GetInstanceName();
-        record.serviceId = field->GetServiceId();
-        record.instanceId = orx::maintaind::config::InstanceIdToNumber(field->GetInstanceId());
-        record.role = static_cast<int32_t>(field->GetRole());
-        record.hasNotifier = field->GetHasNotify();
-        record.hasGetter = field->GetHasGet();
-        record.hasSetter = field->GetHasSet();
-        std::string name = field->GetFieldName();
-        if (name.empty()) {
-            uint16_t serviceId = record.serviceId;
-            ParseToGetFieldInfo(name, serviceId, FieldInfoMap{{entry.first, field}});
-        }
-        record.fieldName = name;
+    // Every binding entry fills the members all bindings share from its own description.
+    record.serviceName = field->GetServiceName();
+    record.instanceName = field->GetInstanceName();
+    record.serviceId = field->GetServiceId();
+    record.instanceId = orx::maintaind::config::InstanceIdToNumber(field->GetInstanceId());
+    record.role = static_cast<int32_t>(field->GetRole());
+    record.hasNotifier = field->GetHasNotify();
+    record.hasGetter = field->GetHasGet();
+    record.hasSetter = field->GetHasSet();
+    std::string name = field->GetFieldName();
+    if (name.empty()) {
+        uint16_t serviceId = record.serviceId;
+        ParseToGetFieldInfo(name, serviceId, FieldInfoMap{{entry.first, field}});
     }
+    record.fieldName = name;
 
     orx::maintaind::FieldInfo binding;
     if (field->GetHasNotify()) {
@@ -217,8 +214,7 @@ ErrorCode OrxMaintaindFieldClient::RegisterFieldInfo(
     const std::shared_ptr<orx::maintaind::FieldRegisterInfo>& record, const bool& isPub) {
     logger_->LogVerbose() << "Begin to send field info to maintaind[fieldName=" << record->fieldName
                           << ", isPub=" << isPub << ", isOnline=" << record->isOnline << "]";
-    const auto proxy = OrxMaintaindClient::GetInstance()->GetMaintaindProxy();
-    if (!proxy) {
+    if (!link_.proxy) {
         logger_->LogDebug() << kFieldRequestTexts.noMethod;
         return ErrorCode::kNotInitialized;
     }
@@ -226,7 +222,7 @@ ErrorCode OrxMaintaindFieldClient::RegisterFieldInfo(
     request.isPub = isPub;
     request.kind = static_cast<uint8_t>(orx::maintaind::ReportKind::FIELD);
     request.fieldRegisterInfo = *record;
-    const RequestOutcome outcome = RequestRegisterApp(proxy, request, ReplyWait::kRelative);
+    const RequestOutcome outcome = RequestRegisterApp(link_, request, ReplyWait::kRelative);
     return ReportRequestOutcome(*logger_, outcome, kFieldRequestTexts);
 }
 

@@ -10,6 +10,7 @@
 #include "ara/kelda/common/log/log.h"
 #include "orx/maintaind/types.h"
 #include "orxmaintaind/maintaind_client_error_code.h"
+#include "orxmaintaind/orx_maintaind_request.h"
 #include "orxmaintaind/orxcm_dfx_export.h"
 #include "vorx/vcc/api/types/driver_type.h"
 #include "vorx/vcc/api/types/entity_info.h"
@@ -21,7 +22,9 @@ namespace orxmaintaind {
 // Reports one field (a value with an optional notifier event, getter and setter), as seen on all
 // the bindings that carry it, to the maintenance daemon: one FieldRegisterInfo with a FieldInfo
 // sub-record and an instance short name per DDS and SOME/IP binding, sent in one AppRegisterInfo
-// of kind 2.
+// of kind 2. The members all bindings share (names, ids, presence flags) are written by each
+// binding entry in turn from its own description, so with both bindings the SOME/IP entry, which
+// comes last, decides them.
 //
 // No lock of its own; called on the EventController thread under the client core's mutex.
 // Failures are returned, never thrown.
@@ -32,6 +35,10 @@ class ORXCM_DFX_EXPORT OrxMaintaindFieldClient {
     using FieldEntry = std::pair<const vorx::vcc::api::types::DriverType, FieldInfoPtr>;
 
     OrxMaintaindFieldClient();
+
+    // Where to send; the client core hands it over before every send. Until then there is no
+    // proxy and every send returns 3.
+    void SetDaemonLink(DaemonLink link) { link_ = std::move(link); }
 
     void SetApplicationName(const std::string& appName) { appName_ = appName; }
     const std::string& GetApplicationName() const { return appName_; }
@@ -68,6 +75,7 @@ class ORXCM_DFX_EXPORT OrxMaintaindFieldClient {
     void LogFieldChange(const FieldEntry& entry, const orx::maintaind::FieldRegisterInfo& record,
                         orx::maintaind::DriverType driverType, const char* binding) const;
 
+    DaemonLink link_;
     std::string appName_;
     int32_t pid_;
     std::shared_ptr<ara::kelda::common::log::Log> logger_;

@@ -3,6 +3,7 @@
 #include <limits>
 #include <utility>
 
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_client.h"
 #include "vorx/driver/someip/someip_entity_info.h"
 #include "vorx/vcc/proxy.h"
@@ -29,9 +30,11 @@ const char* ModeText(const LatencyMode& mode) {
 
 }  // namespace
 
-OrxMaintaindLatencyClient::OrxMaintaindLatencyClient()
+OrxMaintaindLatencyClient::OrxMaintaindLatencyClient(
+    std::shared_ptr<vorx::vcc::EventController> controller)
     : logger_(ara::kelda::common::log::Log::GetLog("CM")),
-      eventController_(vorx::vcc::EventController::GetInstance()),
+      eventController_(controller ? std::move(controller)
+                                  : vorx::vcc::EventController::GetInstance()),
       owner_(OrxMaintaindClient::GetInstance()),
       queryTaskHandle_(std::numeric_limits<vorx::vcc::EventHandle>::max()),
       // The daemon says 0 for "enable" and 1 for "disable"; the core's analysis mode has the
@@ -67,7 +70,7 @@ uint16_t OrxMaintaindLatencyClient::EventIdOf(const EventInfo& info) {
 
 void OrxMaintaindLatencyClient::RegisterLatencyMode(ModeHandler handler, const EventInfoMap& infos,
                                                     const bool& isPub) {
-    std::lock_guard<std::mutex> lock(modeMutex_);
+    orx::sync::MutexLock lock(modeMutex_);
     // Only the lowest binding counts: the core registers one handler per binding and calls
     // again for the others.
     if (infos.empty() || !infos.begin()->second) {
@@ -111,11 +114,11 @@ void OrxMaintaindLatencyClient::UnRegisterDDSLatencyHandler(
     const std::shared_ptr<EventInfo>& info) {
     const DDSLatencyIndex key(info->GetServiceId(), InstanceIdOf(*info), TopicNameOf(*info));
     {
-        std::lock_guard<std::mutex> lock(modeMutex_);
+        orx::sync::MutexLock lock(modeMutex_);
         ddsPubModeHandlers_.erase(key);
         ddsSubModeHandlers_.erase(key);
     }
-    std::lock_guard<std::mutex> lock(queryMutex_);
+    orx::sync::MutexLock lock(queryMutex_);
     ddsQueryHandlers_.erase(key);
 }
 
@@ -123,11 +126,11 @@ void OrxMaintaindLatencyClient::UnRegisterSOMEIPLatencyHandler(
     const std::shared_ptr<EventInfo>& info) {
     const SomeipLatencyIndex key(info->GetServiceId(), InstanceIdOf(*info), EventIdOf(*info));
     {
-        std::lock_guard<std::mutex> lock(modeMutex_);
+        orx::sync::MutexLock lock(modeMutex_);
         someipPubModeHandlers_.erase(key);
         someipSubModeHandlers_.erase(key);
     }
-    std::lock_guard<std::mutex> lock(queryMutex_);
+    orx::sync::MutexLock lock(queryMutex_);
     someipQueryHandlers_.erase(key);
 }
 
@@ -197,7 +200,7 @@ void OrxMaintaindLatencyClient::ChangeEventLatencyMode(const LatencyMode& mode,
     const vorx::vcc::EventHandle handle = eventController_->NewEvent(
         vorx::vcc::EventScheduleMode::kOneShot,
         [self, index, mode, ack]() { self->SendLatencyModeAck(index, mode, ack); },
-        vorx::vcc::GetCurMonoTime(), -1);
+        eventController_->GetCurMonoTime(), -1);
     logger_->LogDebug() << "Begin to insert send latency mode ack event[" << handle << "]";
     eventController_->InsertEvent(handle);
 }
@@ -214,8 +217,7 @@ bool OrxMaintaindLatencyClient::ReceiveMode(const Index& key, const LatencyMode&
                                             LatencyModeAckInfo& ack,
                                             const std::map<Index, ModeHandler>& pubHandlers,
                                             const std::map<Index, ModeHandler>& subHandlers,
-                                            std::set<Index>& enabledSubs, const char* pubText,
-                                            const char* subText) {
+                                            const char* pubText, const char* subText) {
     ack.isPubMatched = false;
     ack.isSubMatched = false;
     bool found = false;
@@ -234,7 +236,8 @@ bool OrxMaintaindLatencyClient::ReceiveMode(const Index& key, const LatencyMode&
         ack.isSubMatched = true;
         CallModeHandler(sub->second, mode);
         // Only subscribers measure latency, so only they take part in the query task.
-        std::lock_guard<std::mutex> queryLock(queryMutex_);
+        orx::sync::MutexLock queryLock(queryMutex_);
+        std::set<Index>& enabledSubs = EnabledSubs(key);
         if (mode == LatencyMode::ENABLE) {
             enabledSubs.insert(key);
         } else if (mode == LatencyMode::DISABLE) {
@@ -248,9 +251,9 @@ bool OrxMaintaindLatencyClient::ReceiveMode(const Index& key, const LatencyMode&
 bool OrxMaintaindLatencyClient::DDSLatencyModeReceive(const LatencyMode& mode,
                                                       const LatencyIndex& index,
                                                       LatencyModeAckInfo& ack) {
-    std::lock_guard<std::mutex> lock(modeMutex_);
+    orx::sync::MutexLock lock(modeMutex_);
     const DDSLatencyIndex key(index.serviceId, index.instanceId, index.eventName);
-    return ReceiveMode(key, mode, ack, ddsPubModeHandlers_, ddsSubModeHandlers_, ddsEnabledSubs_,
+    return ReceiveMode(key, mode, ack, ddsPubModeHandlers_, ddsSubModeHandlers_,
                        "Find latency index of dds pub, will deal event latency mode",
                        "Find latency index of dds sub, will deal event latency mode");
 }
@@ -258,10 +261,9 @@ bool OrxMaintaindLatencyClient::DDSLatencyModeReceive(const LatencyMode& mode,
 bool OrxMaintaindLatencyClient::SOMEIPLatencyModeReceive(const LatencyMode& mode,
                                                          const LatencyIndex& index,
                                                          LatencyModeAckInfo& ack) {
-    std::lock_guard<std::mutex> lock(modeMutex_);
+    orx::sync::MutexLock lock(modeMutex_);
     const SomeipLatencyIndex key(index.serviceId, index.instanceId, index.eventId);
     return ReceiveMode(key, mode, ack, someipPubModeHandlers_, someipSubModeHandlers_,
-                       someipEnabledSubs_,
                        "Find latency index of someip pub, will deal event latency mode",
                        "Find latency index of someip sub, will deal event latency mode");
 }

@@ -5,12 +5,12 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 
 #include "ara/kelda/common/log/log.h"
 #include "orx/maintaind/latency.h"
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_latency_index.h"
 #include "orxmaintaind/orxcm_dfx_export.h"
 #include "vorx/driver/dds/dds_entity_info.h"
@@ -60,10 +60,13 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     using QueryHandler = std::function<vorx::vcc::api::types::LatencyResult()>;
     using EventInfoMap = std::map<DriverType, std::shared_ptr<EventInfo>>;
 
-    // Takes the "CM" logger, the process-wide EventController and a weak reference to the
-    // maintenance client; fills the mode translation.
+    // Takes the "CM" logger, `controller` (the process-wide EventController when null) and a
+    // weak reference to the maintenance client; fills the mode translation. The acknowledgement
+    // and query jobs run on that controller, and its clock gives their start times, the 300 ms
+    // reply wait and the results' notification times.
     // REQUIRES: the maintenance client exists (do not make one inside its constructor).
-    OrxMaintaindLatencyClient();
+    explicit OrxMaintaindLatencyClient(
+        std::shared_ptr<vorx::vcc::EventController> controller = nullptr);
     // Deletes the query task (a no-op when it never started). While the task exists it holds
     // this client, so in practice this runs at process exit or when the task never started.
     ~OrxMaintaindLatencyClient();
@@ -78,12 +81,15 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     // description or another driver type does nothing; an index already present keeps its first
     // handler. Throws std::invalid_argument / std::out_of_range ("stoul") for an instance id
     // text that is not a decimal number.
-    void RegisterLatencyMode(ModeHandler handler, const EventInfoMap& infos, const bool& isPub);
+    void RegisterLatencyMode(ModeHandler handler, const EventInfoMap& infos, const bool& isPub)
+        EXCLUDES(modeMutex_);
     // Forgets the mode and query handlers of every binding in `infos` (null descriptions and
     // other driver types are skipped). The enabled sets are left as they are.
     void UnregisterLatencyHandler(const EventInfoMap& infos);
-    void UnRegisterDDSLatencyHandler(const std::shared_ptr<EventInfo>& info);
-    void UnRegisterSOMEIPLatencyHandler(const std::shared_ptr<EventInfo>& info);
+    void UnRegisterDDSLatencyHandler(const std::shared_ptr<EventInfo>& info)
+        EXCLUDES(modeMutex_, queryMutex_);
+    void UnRegisterSOMEIPLatencyHandler(const std::shared_ptr<EventInfo>& info)
+        EXCLUDES(modeMutex_, queryMutex_);
 
     // Subscribes the daemon's latency-switch event `entityId` on the daemon proxy and routes its
     // samples to TriggerEventReceive. Returns false when there is no proxy yet or the event is
@@ -101,11 +107,13 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     // `ack` and updates the enabled set for a subscriber. Returns whether any handler matched.
     bool DDSLatencyModeReceive(const orx::maintaind::LatencyMode& mode,
                                const orx::maintaind::LatencyIndex& index,
-                               orx::maintaind::LatencyModeAckInfo& ack);
+                               orx::maintaind::LatencyModeAckInfo& ack)
+        EXCLUDES(modeMutex_, queryMutex_);
     // The same for SOME/IP (keyed by the SOME/IP event id).
     bool SOMEIPLatencyModeReceive(const orx::maintaind::LatencyMode& mode,
                                   const orx::maintaind::LatencyIndex& index,
-                                  orx::maintaind::LatencyModeAckInfo& ack);
+                                  orx::maintaind::LatencyModeAckInfo& ack)
+        EXCLUDES(modeMutex_, queryMutex_);
     // Sends the acknowledgement of one order (a LatencyInfo of type 0). Blocks up to 300 ms.
     void SendLatencyModeAck(const orx::maintaind::LatencyIndex& index,
                             const orx::maintaind::LatencyMode& mode,
@@ -117,16 +125,16 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     // description are ignored; an existing entry is kept). Throws like RegisterLatencyMode for a
     // bad instance id text. Waits while a query period runs.
     void RegisterLatencyQuery(QueryHandler handler, const std::shared_ptr<EventInfo>& info,
-                              const DriverType& driverType);
+                              const DriverType& driverType) EXCLUDES(queryMutex_);
     // Starts the cyclic query task (every 1 s); only the first call in the process does anything.
     void InitializeQueryTask();
     // One query period: asks every enabled subscriber event that has a query handler, DDS ones
     // first, each in ascending index order, and reports the results one after another.
-    void QueryLatencyResult();
+    void QueryLatencyResult() EXCLUDES(queryMutex_);
     // Calls `handler`; reports its result through `info` unless the maximum figure is 0.
     void SendLatencyResult(const QueryHandler& handler,
                            const std::shared_ptr<orx::maintaind::LatencyInfo>& info);
-    // Milliseconds of the monotonic clock.
+    // Milliseconds of the controller's clock (the monotonic clock in production).
     uint64_t RecordNotifyTime() const;
     void NotifyLatencyResult(const std::shared_ptr<orx::maintaind::LatencyInfo>& info);
     // Sends one latency record to the daemon and waits up to 300 ms for the reply. Failures are
@@ -134,14 +142,22 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     void SendLatencyInfo(const std::shared_ptr<orx::maintaind::LatencyInfo>& info);
 
   private:
-    // The publisher/subscriber lookup shared by DDS and SOME/IP.
-    // REQUIRES: modeMutex_ held by the caller.
+    // The publisher/subscriber lookup shared by DDS and SOME/IP; takes queryMutex_ for the
+    // enabled set of `key`'s kind.
     template <typename Index>
     bool ReceiveMode(const Index& key, const orx::maintaind::LatencyMode& mode,
                      orx::maintaind::LatencyModeAckInfo& ack,
                      const std::map<Index, ModeHandler>& pubHandlers,
-                     const std::map<Index, ModeHandler>& subHandlers, std::set<Index>& enabledSubs,
-                     const char* pubText, const char* subText);
+                     const std::map<Index, ModeHandler>& subHandlers, const char* pubText,
+                     const char* subText) REQUIRES(modeMutex_) EXCLUDES(queryMutex_);
+    // The enabled set of the index's kind.
+    std::set<DDSLatencyIndex>& EnabledSubs(const DDSLatencyIndex& /*kind*/) REQUIRES(queryMutex_) {
+        return ddsEnabledSubs_;
+    }
+    std::set<SomeipLatencyIndex>& EnabledSubs(const SomeipLatencyIndex& /*kind*/)
+        REQUIRES(queryMutex_) {
+        return someipEnabledSubs_;
+    }
     // Key parts of a core event description. The instance id text is read as a base-10
     // unsigned number and cut to 16 bits (throws std::invalid_argument / std::out_of_range
     // "stoul"). A description that is not of the DDS (SOME/IP) kind has an empty topic name
@@ -152,8 +168,9 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     // The daemon's proxy, or nullptr when there is none or the maintenance client is gone
     // (process exit: jobs of ours may still run then).
     std::shared_ptr<vorx::vcc::Proxy> DaemonProxy() const;
-    // Translates the daemon's mode and calls `handler`. REQUIRES: modeMutex_ held.
-    void CallModeHandler(const ModeHandler& handler, const orx::maintaind::LatencyMode& mode);
+    // Translates the daemon's mode and calls `handler`.
+    void CallModeHandler(const ModeHandler& handler, const orx::maintaind::LatencyMode& mode)
+        REQUIRES(modeMutex_);
 
     std::shared_ptr<ara::kelda::common::log::Log> logger_;
     std::shared_ptr<vorx::vcc::EventController> eventController_;
@@ -161,22 +178,22 @@ class ORXCM_DFX_EXPORT OrxMaintaindLatencyClient
     std::weak_ptr<OrxMaintaindClient> owner_;
     // All bits set until the query task starts. Written once by InitializeQueryTask.
     vorx::vcc::EventHandle queryTaskHandle_;
-    // Daemon's LatencyMode value -> core's LatencyAnalysisMode value. Guarded by modeMutex_.
-    std::map<uint8_t, uint8_t> modeTranslation_;
-    // Guarded by modeMutex_.
-    std::map<DDSLatencyIndex, ModeHandler> ddsPubModeHandlers_;
-    std::map<SomeipLatencyIndex, ModeHandler> someipPubModeHandlers_;
-    std::map<DDSLatencyIndex, ModeHandler> ddsSubModeHandlers_;
-    std::map<SomeipLatencyIndex, ModeHandler> someipSubModeHandlers_;
-    // Guarded by queryMutex_.
-    std::set<DDSLatencyIndex> ddsEnabledSubs_;
-    std::set<SomeipLatencyIndex> someipEnabledSubs_;
-    std::map<DDSLatencyIndex, QueryHandler> ddsQueryHandlers_;
-    std::map<SomeipLatencyIndex, QueryHandler> someipQueryHandlers_;
+    // Daemon's LatencyMode value -> core's LatencyAnalysisMode value.
+    std::map<uint8_t, uint8_t> modeTranslation_ GUARDED_BY(modeMutex_);
+    std::map<DDSLatencyIndex, ModeHandler> ddsPubModeHandlers_ GUARDED_BY(modeMutex_);
+    std::map<SomeipLatencyIndex, ModeHandler> someipPubModeHandlers_ GUARDED_BY(modeMutex_);
+    std::map<DDSLatencyIndex, ModeHandler> ddsSubModeHandlers_ GUARDED_BY(modeMutex_);
+    std::map<SomeipLatencyIndex, ModeHandler> someipSubModeHandlers_ GUARDED_BY(modeMutex_);
+    std::set<DDSLatencyIndex> ddsEnabledSubs_ GUARDED_BY(queryMutex_);
+    std::set<SomeipLatencyIndex> someipEnabledSubs_ GUARDED_BY(queryMutex_);
+    std::map<DDSLatencyIndex, QueryHandler> ddsQueryHandlers_ GUARDED_BY(queryMutex_);
+    std::map<SomeipLatencyIndex, QueryHandler> someipQueryHandlers_ GUARDED_BY(queryMutex_);
     // Application name; written once when the query task starts, read by the sends after that.
     std::string appName_;
-    std::mutex modeMutex_;
-    std::mutex queryMutex_;
+    // When both are needed, modeMutex_ is taken first (a subscriber's order updates its enabled
+    // set while its mode handler's lookup holds modeMutex_).
+    orx::sync::Mutex modeMutex_;
+    orx::sync::Mutex queryMutex_ ACQUIRED_AFTER(modeMutex_);
 };
 
 }  // namespace orxmaintaind

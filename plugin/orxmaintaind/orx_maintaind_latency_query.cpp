@@ -1,6 +1,4 @@
 // The periodic latency query and the send path shared by results and acknowledgements.
-#include <time.h>
-
 #include <chrono>
 #include <exception>
 #include <mutex>
@@ -10,7 +8,9 @@
 #include "ara/core/error_code.h"
 #include "ara/core/future.h"
 #include "orx/maintaind/app.h"
+#include "orx/sync/mutex.h"
 #include "orxmaintaind/orx_maintaind_latency_client.h"
+#include "orxmaintaind/orx_maintaind_request.h"
 #include "orxmaintaind/orx_maintaind_type.h"
 #include "vorx/vcc/application_name.h"
 #include "vorx/vcc/proxy.h"
@@ -26,15 +26,13 @@ using orx::maintaind::LatencyInfo;
 using type::kRegisterAppMethodId;
 // Period of the query task in nanoseconds.
 constexpr long kQueryPeriodNs = 1000000000L;
-// How long one send waits for the daemon's reply.
-constexpr std::chrono::milliseconds kReplyTimeout{300};
 
 }  // namespace
 
 void OrxMaintaindLatencyClient::RegisterLatencyQuery(QueryHandler handler,
                                                      const std::shared_ptr<EventInfo>& info,
                                                      const DriverType& driverType) {
-    std::lock_guard<std::mutex> lock(queryMutex_);
+    orx::sync::MutexLock lock(queryMutex_);
     if (!info) {
         return;
     }
@@ -64,7 +62,7 @@ void OrxMaintaindLatencyClient::InitializeQueryTask() {
         auto self = shared_from_this();
         queryTaskHandle_ = eventController_->NewEvent(
             vorx::vcc::EventScheduleMode::kCyclic, [self]() { self->QueryLatencyResult(); },
-            vorx::vcc::GetCurMonoTime(), kQueryPeriodNs);
+            eventController_->GetCurMonoTime(), kQueryPeriodNs);
         logger_->LogDebug() << "Begin to insert cyclicity query latency event[" << queryTaskHandle_
                             << "]";
         eventController_->InsertEvent(queryTaskHandle_);
@@ -72,7 +70,7 @@ void OrxMaintaindLatencyClient::InitializeQueryTask() {
 }
 
 void OrxMaintaindLatencyClient::QueryLatencyResult() {
-    std::lock_guard<std::mutex> lock(queryMutex_);
+    orx::sync::MutexLock lock(queryMutex_);
     logger_->LogVerbose() << "Query latency task running";
     // An enabled event whose handler is gone (unregistered) is skipped.
     for (const DDSLatencyIndex& key : ddsEnabledSubs_) {
@@ -125,10 +123,8 @@ void OrxMaintaindLatencyClient::SendLatencyResult(const QueryHandler& handler,
 }
 
 uint64_t OrxMaintaindLatencyClient::RecordNotifyTime() const {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<uint64_t>(now.tv_sec) * 1000U +
-           static_cast<uint64_t>(now.tv_nsec) / 1000000U;
+    // Seconds times 1000 plus nanoseconds divided by 1000000 is the whole milliseconds.
+    return static_cast<uint64_t>(eventController_->GetCurMonoTime()) / 1000000U;
 }
 
 void OrxMaintaindLatencyClient::NotifyLatencyResult(const std::shared_ptr<LatencyInfo>& info) {
@@ -155,12 +151,13 @@ void OrxMaintaindLatencyClient::SendLatencyInfo(const std::shared_ptr<LatencyInf
         return;
     }
 
+    // Only the latency record is filled; the report kind stays at its default too.
     orx::maintaind::AppRegisterInfo request;
-    request.kind = static_cast<uint8_t>(orx::maintaind::ReportKind::LATENCY);
     request.latencyInfo = *info;
+    const long sentAt = eventController_->GetCurMonoTime();
     auto reply = method->Request(request);
-    const auto deadline = std::chrono::system_clock::now() + kReplyTimeout;
-    if (!reply.valid() || reply.wait_until(deadline) != ara::core::future_status::ready) {
+    if (!reply.valid() ||
+        !WaitForReply(reply, ReplyWait::kSystemDeadline, *eventController_->Clock(), sentAt)) {
         logger_->LogWarn() << "Get maintaind reply fail, latency result send failed";
         return;
     }

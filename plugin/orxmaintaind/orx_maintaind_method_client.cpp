@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include "orx/maintaind/config/value_conversions.h"
-#include "orxmaintaind/orx_maintaind_client.h"
 #include "orxmaintaind/orx_maintaind_method_records.h"
 #include "orxmaintaind/orx_maintaind_request.h"
 #include "vorx/driver/someip/someip_entity_info.h"
@@ -235,8 +234,7 @@ ErrorCode OrxMaintaindMethodClient::RegisterMethodInfo(
     logger_->LogVerbose() << "Begin to send method info to maintaind[methodName="
                           << record->methodName << ", isPub=" << isPub
                           << ", isOnline=" << record->isOnline << "]";
-    const auto proxy = OrxMaintaindClient::GetInstance()->GetMaintaindProxy();
-    if (!proxy) {
+    if (!link_.proxy) {
         logger_->LogDebug() << kMethodRequestTexts.noMethod;
         return ErrorCode::kNotInitialized;
     }
@@ -244,7 +242,7 @@ ErrorCode OrxMaintaindMethodClient::RegisterMethodInfo(
     request.isPub = isPub;
     request.kind = static_cast<uint8_t>(orx::maintaind::ReportKind::METHOD);
     request.methodRegisterInfo = *record;
-    const RequestOutcome outcome = RequestRegisterApp(proxy, request, ReplyWait::kRelative);
+    const RequestOutcome outcome = RequestRegisterApp(link_, request, ReplyWait::kRelative);
     return ReportRequestOutcome(*logger_, outcome, kMethodRequestTexts);
 }
 

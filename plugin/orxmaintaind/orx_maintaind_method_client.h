@@ -10,6 +10,7 @@
 #include "orx/maintaind/types.h"
 #include "orxmaintaind/maintaind_client_error_code.h"
 #include "orxmaintaind/orx_maintaind_e2e_client.h"
+#include "orxmaintaind/orx_maintaind_request.h"
 #include "orxmaintaind/orxcm_dfx_export.h"
 #include "vorx/driver/dds/dds_entity_info.h"
 #include "vorx/vcc/api/types/driver_type.h"
@@ -32,6 +33,10 @@ class ORXCM_DFX_EXPORT OrxMaintaindMethodClient {
     using MethodEntry = std::pair<const vorx::vcc::api::types::DriverType, MethodInfoPtr>;
 
     OrxMaintaindMethodClient();
+
+    // Where to send; the client core hands it over before every send. Until then there is no
+    // proxy and every send returns 3.
+    void SetDaemonLink(DaemonLink link) { link_ = std::move(link); }
 
     void SetApplicationName(const std::string& appName);
     const std::string& GetApplicationName() const { return appName_; }
@@ -74,6 +79,7 @@ class ORXCM_DFX_EXPORT OrxMaintaindMethodClient {
         const std::shared_ptr<orx::maintaind::MethodRegisterInfo>& record, const bool& isPub);
 
   private:
+    DaemonLink link_;
     std::string appName_;
     std::shared_ptr<ara::kelda::common::log::Log> logger_;
     std::shared_ptr<OrxMaintaindE2EClient> e2eClient_;

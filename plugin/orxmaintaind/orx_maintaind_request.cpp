@@ -14,8 +14,6 @@ namespace {
 
 using ReplyFuture = ara::core::Future<orx::maintaind::ReturnCode, ara::core::ErrorCode>;
 
-constexpr std::chrono::milliseconds kReplyTimeout{300};
-
 // The future errors that mean "this request produced no result"; anything else is a fault of
 // the core and is not ours to hide.
 bool IsLostRequest(const std::future_error& error) {
@@ -27,21 +25,19 @@ bool IsLostRequest(const std::future_error& error) {
 
 }  // namespace
 
-RequestOutcome RequestRegisterApp(const std::shared_ptr<vorx::vcc::Proxy>& proxy,
+RequestOutcome RequestRegisterApp(const DaemonLink& link,
                                   const orx::maintaind::AppRegisterInfo& request, ReplyWait wait) {
-    if (!proxy) {
+    if (!link.proxy) {
         return RequestOutcome::kNoMethod;
     }
     const auto method =
-        proxy->GetMethodProxy<orx::maintaind::ReturnCode>(type::kRegisterAppMethodId);
+        link.proxy->GetMethodProxy<orx::maintaind::ReturnCode>(type::kRegisterAppMethodId);
     if (!method) {
         return RequestOutcome::kNoMethod;
     }
+    const long sentAt = link.clock->Now();
     ReplyFuture future = method->Request(request);
-    const auto status = (wait == ReplyWait::kRelative)
-                            ? future.wait_for(kReplyTimeout)
-                            : future.wait_until(std::chrono::system_clock::now() + kReplyTimeout);
-    if (status != ara::core::future_status::ready) {
+    if (!WaitForReply(future, wait, *link.clock, sentAt)) {
         return RequestOutcome::kTimeout;
     }
     try {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "orx/maintaind/types.h"
-#include "record_filler.h"
+#include "orx/test/record_filler.h"
 #include "vorx/serialize/cdr.h"
 
 namespace {
@@ -33,13 +33,13 @@ int main(int argc, char** argv) {
         return 2;
     }
     using namespace orx::maintaind;
-    using test::Filled;
+    using orx::test::FilledRecord;
     const std::string directory = argv[1];
     bool ok = WriteSeed(directory, "seed-app-default", 0, AppRegisterInfo{}) &&
-              WriteSeed(directory, "seed-app-one", 0, Filled<AppRegisterInfo>(1, 1)) &&
-              WriteSeed(directory, "seed-app-two", 0, Filled<AppRegisterInfo>(0, 2)) &&
+              WriteSeed(directory, "seed-app-one", 0, FilledRecord<AppRegisterInfo>({1, 1, 1})) &&
+              WriteSeed(directory, "seed-app-two", 0, FilledRecord<AppRegisterInfo>({0, 2, 2})) &&
               WriteSeed(directory, "seed-switch-default", 1, LatencySwitch{}) &&
-              WriteSeed(directory, "seed-switch", 1, Filled<LatencySwitch>(1, 3)) &&
+              WriteSeed(directory, "seed-switch", 1, FilledRecord<LatencySwitch>({1, 3, 3})) &&
               WriteSeed(directory, "seed-return-code", 2, ReturnCode{1});
     if (!ok) {
         std::fprintf(stderr, "cannot write seeds into %s\n", directory.c_str());

@@ -6,26 +6,19 @@
 
 #include <unistd.h>
 
-#include <cstdio>
 #include <string>
+
+#include "orx/test/child_process.h"
 
 namespace orx::test {
 
-// Runs a shell command; returns its exit status and puts its output in *output.
+// Runs a shell command; returns its exit code and puts its output in *output.
 inline int Shell(const std::string& command, std::string* output = nullptr) {
-    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-    if (pipe == nullptr) {
-        return -1;
-    }
-    std::string text;
-    char chunk[256];
-    while (fgets(chunk, sizeof(chunk), pipe) != nullptr) {
-        text += chunk;
-    }
+    const RunResult run = RunToEnd({"/bin/sh", "-c", command}, {}, std::chrono::seconds(30));
     if (output != nullptr) {
-        *output = text;
+        *output = run.out + run.err;
     }
-    return pclose(pipe);
+    return run.exitCode;
 }
 
 class TwoHosts {

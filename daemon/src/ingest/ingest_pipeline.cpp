@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "daemon_log.h"
+#include "registry/report_class.h"
 
 namespace orx::maintaind::daemon {
 
@@ -23,8 +24,7 @@ IngestResult IngestPipeline::Apply(IngestItem& item, RegistryState& state,
                     result.reason = outcome.reason;
                     DaemonStats::Add(stats_.overLimit);
                     DaemonLog().LogWarn(Limit("Maintaind_ReportRefused"))
-                        << "[Maintaind][Report refused][kind="
-                        << ToString(static_cast<ReportKind>(work.kind))
+                        << "[Maintaind][Report refused][kind=" << ToString(ClassifyReport(work))
                         << ", reason=" << outcome.reason << "]";
                 }
             } else if constexpr (std::is_same_v<Work, NodeGone>) {

@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "orx/sync/mutex.h"
+
 namespace orx::maintaind::daemon {
 
 IngestQueue::IngestQueue(IngestPipeline& pipeline, size_t capacity, size_t maxBatch)
@@ -19,10 +21,10 @@ void IngestQueue::Start() {
 
 void IngestQueue::Stop() {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         stopping_ = true;
     }
-    wake_.notify_all();
+    wake_.NotifyAll();
     if (worker_.joinable()) {
         worker_.join();
     }
@@ -30,18 +32,18 @@ void IngestQueue::Stop() {
 
 bool IngestQueue::Push(IngestItem item) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (stopping_ || items_.size() >= capacity_) {
             return false;
         }
         items_.push_back(std::move(item));
     }
-    wake_.notify_one();
+    wake_.NotifyOne();
     return true;
 }
 
 size_t IngestQueue::Pending() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return items_.size();
 }
 
@@ -49,8 +51,8 @@ void IngestQueue::Run() {
     std::vector<IngestItem> batch;
     for (;;) {
         {
-            std::unique_lock<std::mutex> lock(mutex_);
-            wake_.wait(lock, [this] { return stopping_ || !items_.empty(); });
+            orx::sync::MutexLock lock(mutex_);
+            wake_.Wait(mutex_, [this]() REQUIRES(mutex_) { return stopping_ || !items_.empty(); });
             if (items_.empty()) {
                 return;  // stopping, and everything queued is done
             }

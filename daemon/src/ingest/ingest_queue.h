@@ -2,14 +2,13 @@
 // batches, to the IngestPipeline. Many reports that arrive together thus share one transaction.
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
-#include <mutex>
 #include <thread>
 
 #include "ingest/ingest_item.h"
 #include "ingest/ingest_pipeline.h"
+#include "orx/sync/mutex.h"
 
 namespace orx::maintaind::daemon {
 
@@ -39,10 +38,10 @@ class IngestQueue {
     IngestPipeline& pipeline_;
     const size_t capacity_;
     const size_t maxBatch_;
-    mutable std::mutex mutex_;
-    std::condition_variable wake_;
-    std::deque<IngestItem> items_;  // guarded by mutex_
-    bool stopping_{false};          // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    orx::sync::CondVar wake_;
+    std::deque<IngestItem> items_ GUARDED_BY(mutex_);
+    bool stopping_ GUARDED_BY(mutex_){false};
     std::thread worker_;
 };
 

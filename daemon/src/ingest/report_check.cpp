@@ -1,5 +1,7 @@
 #include "ingest/report_check.h"
 
+#include "registry/report_class.h"
+
 namespace orx::maintaind::daemon {
 
 namespace {
@@ -25,13 +27,13 @@ std::string CheckSender(const String& appName, int32_t pid) {
 }
 
 // The nested records a report of `kind` must leave at their defaults.
-std::string CheckOthersEmpty(const AppRegisterInfo& report, ReportKind kind) {
-    const bool event = kind == ReportKind::EVENT;
-    const bool method = kind == ReportKind::METHOD;
-    const bool field = kind == ReportKind::FIELD;
-    const bool node = kind == ReportKind::E2E_AND_NODE;
-    const bool latency = kind == ReportKind::LATENCY;
-    const bool listener = kind == ReportKind::LISTENER;
+std::string CheckOthersEmpty(const AppRegisterInfo& report, ReportClass kind) {
+    const bool event = kind == ReportClass::kEvent;
+    const bool method = kind == ReportClass::kMethod;
+    const bool field = kind == ReportClass::kField;
+    const bool node = kind == ReportClass::kE2EOrNode;
+    const bool latency = kind == ReportClass::kLatency;
+    const bool listener = kind == ReportClass::kListener;
     if (!event && report.eventRegisterInfo != EventRegisterInfo{}) {
         return "event record filled in a report of another kind";
     }
@@ -54,8 +56,8 @@ std::string CheckOthersEmpty(const AppRegisterInfo& report, ReportKind kind) {
 }
 
 std::string CheckKindRecord(const AppRegisterInfo& report) {
-    switch (static_cast<ReportKind>(report.kind)) {
-        case ReportKind::EVENT: {
+    switch (ClassifyReport(report)) {
+        case ReportClass::kEvent: {
             const EventRegisterInfo& event = report.eventRegisterInfo;
             if (event.eventName.empty() && event.eventInfos.empty()) {
                 return "event without name and bindings";
@@ -65,7 +67,7 @@ std::string CheckKindRecord(const AppRegisterInfo& report) {
             }
             return CheckSender(event.appName, event.pid);
         }
-        case ReportKind::METHOD: {
+        case ReportClass::kMethod: {
             const MethodRegisterInfo& method = report.methodRegisterInfo;
             if (method.methodName.empty() && method.methodInfos.empty()) {
                 return "method without name and bindings";
@@ -75,7 +77,7 @@ std::string CheckKindRecord(const AppRegisterInfo& report) {
             }
             return CheckSender(method.appName, method.pid);
         }
-        case ReportKind::FIELD: {
+        case ReportClass::kField: {
             const FieldRegisterInfo& field = report.fieldRegisterInfo;
             if (field.fieldName.empty() && field.bindingNames.empty() && field.fieldInfos.empty()) {
                 return "field without name and bindings";
@@ -85,10 +87,10 @@ std::string CheckKindRecord(const AppRegisterInfo& report) {
             }
             return CheckSender(field.appName, field.pid);
         }
-        case ReportKind::E2E_AND_NODE:
+        case ReportClass::kE2EOrNode:
             return CheckSender(report.nodeCommonRegisterInfo.appName,
                                report.nodeCommonRegisterInfo.pid);
-        case ReportKind::LATENCY: {
+        case ReportClass::kLatency: {
             const LatencyInfo& latency = report.latencyInfo;
             if (latency.type > 1) {
                 return "latency report of unknown type " + std::to_string(latency.type);
@@ -105,7 +107,7 @@ std::string CheckKindRecord(const AppRegisterInfo& report) {
             }
             return "";
         }
-        case ReportKind::LISTENER: {
+        case ReportClass::kListener: {
             if (report.listenerParams.size() != 1 ||
                 report.listenerParams.begin()->first != ListenerType::SAMPLE_TIMEOUT) {
                 return "listener report without exactly one sample-timeout entry";
@@ -115,6 +117,8 @@ std::string CheckKindRecord(const AppRegisterInfo& report) {
             }
             return "";
         }
+        case ReportClass::kUnknown:
+            break;
     }
     return "unknown report kind " + std::to_string(report.kind);
 }
@@ -124,7 +128,7 @@ std::string CheckKindRecord(const AppRegisterInfo& report) {
 std::string CheckReport(const AppRegisterInfo& report) {
     std::string problem = CheckKindRecord(report);
     if (problem.empty()) {
-        problem = CheckOthersEmpty(report, static_cast<ReportKind>(report.kind));
+        problem = CheckOthersEmpty(report, ClassifyReport(report));
     }
     return problem;
 }

@@ -3,6 +3,8 @@
 #include <utility>
 #include <vector>
 
+#include "orx/sync/mutex.h"
+
 namespace orx::maintaind::daemon {
 
 LivenessMonitor::LivenessMonitor(const Registry& registry,
@@ -20,10 +22,10 @@ void LivenessMonitor::Start() {
 
 void LivenessMonitor::Stop() {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         stopping_ = true;
     }
-    wake_.notify_all();
+    wake_.NotifyAll();
     if (thread_.joinable()) {
         thread_.join();
     }
@@ -51,12 +53,12 @@ size_t LivenessMonitor::CheckOnce() {
 }
 
 void LivenessMonitor::Run() {
-    std::unique_lock<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     while (!stopping_) {
-        lock.unlock();
+        lock.Unlock();
         CheckOnce();
-        lock.lock();
-        wake_.wait_for(lock, period_, [this] { return stopping_; });
+        lock.Lock();
+        wake_.WaitFor(mutex_, period_, [this]() REQUIRES(mutex_) { return stopping_; });
     }
 }
 

@@ -6,15 +6,14 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 #include "ingest/ingest_item.h"
 #include "liveness/process_probe.h"
+#include "orx/sync/mutex.h"
 #include "registry/registry.h"
 
 namespace orx::maintaind::daemon {
@@ -47,9 +46,9 @@ class LivenessMonitor {
     const std::shared_ptr<const ProcessProbe> probe_;
     const GoneSink sink_;
     const std::chrono::milliseconds period_;
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    bool stopping_{false};  // guarded by mutex_
+    orx::sync::Mutex mutex_;
+    orx::sync::CondVar wake_;
+    bool stopping_ GUARDED_BY(mutex_){false};
     std::thread thread_;
 };
 

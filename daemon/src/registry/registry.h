@@ -1,10 +1,9 @@
 // The registry: the one RegistryState of the daemon behind a reader-writer lock.
 #pragma once
 
-#include <mutex>
-#include <shared_mutex>
 #include <utility>
 
+#include "orx/sync/mutex.h"
 #include "registry/registry_state.h"
 #include "registry/registry_updater.h"
 
@@ -19,14 +18,14 @@ class Registry {
     // Runs fn(const RegistryState&) under the shared lock and returns its result.
     template <class F>
     auto Read(F&& fn) const {
-        std::shared_lock<std::shared_mutex> lock(mutex_);
+        orx::sync::ReaderLock lock(mutex_);
         return fn(static_cast<const RegistryState&>(state_));
     }
 
     // Runs fn(RegistryState&, const RegistryUpdater&) under the exclusive lock.
     template <class F>
     auto Write(F&& fn) {
-        std::unique_lock<std::shared_mutex> lock(mutex_);
+        orx::sync::WriterLock lock(mutex_);
         return fn(state_, static_cast<const RegistryUpdater&>(updater_));
     }
 
@@ -34,8 +33,8 @@ class Registry {
 
   private:
     const RegistryUpdater updater_;
-    mutable std::shared_mutex mutex_;
-    RegistryState state_;  // guarded by mutex_
+    mutable orx::sync::SharedMutex mutex_;
+    RegistryState state_ GUARDED_BY(mutex_);
 };
 
 }  // namespace orx::maintaind::daemon

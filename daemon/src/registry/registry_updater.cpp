@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "registry/report_class.h"
+
 namespace orx::maintaind::daemon {
 
 namespace {
@@ -18,14 +20,14 @@ RegistryUpdater::RegistryUpdater(RegistryLimits limits, WallClock clock,
 
 ApplyOutcome RegistryUpdater::ApplyReport(const AppRegisterInfo& report, RegistryState& state,
                                           ChangeSet& changes) const {
-    switch (static_cast<ReportKind>(report.kind)) {
-        case ReportKind::EVENT:
+    switch (ClassifyReport(report)) {
+        case ReportClass::kEvent:
             return ApplyEvent(report, state, changes);
-        case ReportKind::METHOD:
+        case ReportClass::kMethod:
             return ApplyMethod(report, state, changes);
-        case ReportKind::FIELD:
+        case ReportClass::kField:
             return ApplyField(report, state, changes);
-        case ReportKind::E2E_AND_NODE: {
+        case ReportClass::kE2EOrNode: {
             const AppE2EConfigInfo& e2e = report.nodeCommonRegisterInfo.appE2EConfig;
             // Both reports share this kind; only E2E reports carry configurations. An E2E report
             // with an empty list cannot be told from an offline node report and is taken as one;
@@ -35,10 +37,12 @@ ApplyOutcome RegistryUpdater::ApplyReport(const AppRegisterInfo& report, Registr
             }
             return ApplyNodeReport(report.nodeCommonRegisterInfo, state, changes);
         }
-        case ReportKind::LATENCY:
+        case ReportClass::kLatency:
             return ApplyLatency(report.latencyInfo, state, changes);
-        case ReportKind::LISTENER:
+        case ReportClass::kListener:
             return ApplyListener(report, state, changes);
+        case ReportClass::kUnknown:
+            break;
     }
     return ApplyOutcome::Refused("unknown report kind " + std::to_string(report.kind));
 }

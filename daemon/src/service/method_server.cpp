@@ -1,6 +1,7 @@
 #include "service/method_server.h"
 
 #include "daemon_log.h"
+#include "orx/sync/mutex.h"
 
 namespace orx::maintaind::daemon {
 
@@ -17,7 +18,7 @@ void MethodServer::Register(uint32_t entityId, Handler handler) {
 }
 
 bool MethodServer::Offer() {
-    std::lock_guard<std::mutex> offerLock(offerMutex_);
+    orx::sync::MutexLock offerLock(offerMutex_);
     if (IsOffered()) {
         return true;
     }
@@ -31,16 +32,16 @@ bool MethodServer::Offer() {
                                << ", instanceId=" << desc_.instanceId << "]";
         return false;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     provider_ = provider;
     return true;
 }
 
 void MethodServer::StopOffer() {
-    std::lock_guard<std::mutex> offerLock(offerMutex_);
+    orx::sync::MutexLock offerLock(offerMutex_);
     vorx::vcc::ProviderId provider = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         std::swap(provider, provider_);
     }
     if (provider != 0) {
@@ -49,7 +50,7 @@ void MethodServer::StopOffer() {
 }
 
 bool MethodServer::IsOffered() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return provider_ != 0;
 }
 
@@ -67,7 +68,7 @@ void MethodServer::Dispatch(vorx::vcc::ProviderId provider, const vorx::vcc::Met
 bool MethodServer::PublishPayload(uint32_t entityId, vorx::vcc::Payload payload) {
     vorx::vcc::ProviderId provider = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         provider = provider_;
     }
     if (provider == 0) {

@@ -7,12 +7,12 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "ingest/report_check.h"
+#include "orx/sync/mutex.h"
 #include "vorx/serialize/cdr.h"
 #include "vorx/vcc/codec.h"
 #include "vorx/vcc/driver/driver.h"
@@ -71,9 +71,9 @@ class MethodServer {
     const vorx::vcc::ServiceDescription desc_;
     const std::shared_ptr<vorx::vcc::Driver> driver_;
     std::map<uint32_t, Handler> handlers_;  // filled before Offer, read-only afterwards
-    mutable std::mutex mutex_;
-    vorx::vcc::ProviderId provider_{0};  // guarded by mutex_
-    std::mutex offerMutex_;              // serialises Offer and StopOffer
+    mutable orx::sync::Mutex mutex_;
+    vorx::vcc::ProviderId provider_ GUARDED_BY(mutex_){0};
+    orx::sync::Mutex offerMutex_;  // serialises Offer and StopOffer
 };
 
 // Reads the single argument of a request into `out`, from either payload form. "" on success,

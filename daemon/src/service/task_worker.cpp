@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "orx/sync/mutex.h"
+
 namespace orx::maintaind::daemon {
 
 TaskWorker::TaskWorker(size_t capacity) : capacity_(capacity) {}
@@ -16,10 +18,10 @@ void TaskWorker::Start() {
 
 void TaskWorker::Stop() {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         stopping_ = true;
     }
-    wake_.notify_all();
+    wake_.NotifyAll();
     if (thread_.joinable()) {
         thread_.join();
     }
@@ -27,13 +29,13 @@ void TaskWorker::Stop() {
 
 bool TaskWorker::Post(std::function<void()> task) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (stopping_ || tasks_.size() >= capacity_) {
             return false;
         }
         tasks_.push_back(std::move(task));
     }
-    wake_.notify_one();
+    wake_.NotifyOne();
     return true;
 }
 
@@ -41,8 +43,8 @@ void TaskWorker::Run() {
     for (;;) {
         std::function<void()> task;
         {
-            std::unique_lock<std::mutex> lock(mutex_);
-            wake_.wait(lock, [this] { return stopping_ || !tasks_.empty(); });
+            orx::sync::MutexLock lock(mutex_);
+            wake_.Wait(mutex_, [this]() REQUIRES(mutex_) { return stopping_ || !tasks_.empty(); });
             if (tasks_.empty()) {
                 return;
             }

@@ -1,12 +1,12 @@
 // One thread that runs posted tasks in order, with a bounded backlog.
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
+
+#include "orx/sync/mutex.h"
 
 namespace orx::maintaind::daemon {
 
@@ -28,10 +28,10 @@ class TaskWorker {
     void Run();
 
     const size_t capacity_;
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    std::deque<std::function<void()>> tasks_;  // guarded by mutex_
-    bool stopping_{false};                     // guarded by mutex_
+    orx::sync::Mutex mutex_;
+    orx::sync::CondVar wake_;
+    std::deque<std::function<void()>> tasks_ GUARDED_BY(mutex_);
+    bool stopping_ GUARDED_BY(mutex_){false};
     std::thread thread_;
 };
 

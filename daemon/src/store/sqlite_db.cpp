@@ -37,7 +37,7 @@ std::string SqliteDb::Failure(const std::string& what) const {
     return what + ": " + sqlite3_errmsg(db_);
 }
 
-Statement::Statement(SqliteDb& db, const std::string& sql, StoreStatus& status) : db_(db) {
+Statement::Statement(SqliteDb& db, const std::string& sql, StoreStatus& status) {
     if (sqlite3_prepare_v2(db.Handle(), sql.c_str(), -1, &stmt_, nullptr) != SQLITE_OK) {
         status = StoreStatus::Error(db.Failure("cannot prepare \"" + sql.substr(0, 60) + "\""));
         sqlite3_finalize(stmt_);

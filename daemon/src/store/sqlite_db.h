@@ -65,7 +65,6 @@ class Statement {
     std::vector<uint8_t> ColumnBlob(int index) const;
 
   private:
-    SqliteDb& db_;
     sqlite3_stmt* stmt_{nullptr};
 };
 

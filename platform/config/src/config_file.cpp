@@ -84,8 +84,16 @@ std::string ParseReason(const std::string& what) {
 
 }  // namespace
 
-nlohmann::json LoadConfigDocument(const std::string& filePath) {
+nlohmann::json LoadConfigDocument(const std::string& filePath, ConfigProblems* problems) {
     auto log = detail::ConfigLog();
+    // Writes the line of a problem that makes the whole file unusable, and keeps it.
+    const auto refuse = [&](const std::string& reason, const std::string& line) {
+        log->LogError() << line;
+        if (problems != nullptr) {
+            problems->Add({SettingOrigin::File(filePath, ""), "", reason}, line);
+        }
+        return nlohmann::json::object();
+    };
     try {
         std::string content;
         std::string error;
@@ -95,10 +103,10 @@ nlohmann::json LoadConfigDocument(const std::string& filePath) {
                                 << filePath << "]";
                 return nlohmann::json::object();
             case ReadResult::kFailed:
-                log->LogError()
-                    << "[OrxConfigParser][Cannot read config file, treated as not configured]"
-                    << "[file=" << filePath << ", reason=" << error << "]";
-                return nlohmann::json::object();
+                return refuse("cannot be read: " + error,
+                              "[OrxConfigParser][Cannot read config file, treated as not "
+                              "configured][file=" +
+                                  filePath + ", reason=" + error + "]");
             case ReadResult::kOk:
                 break;
         }
@@ -108,28 +116,32 @@ nlohmann::json LoadConfigDocument(const std::string& filePath) {
         } catch (const nlohmann::json::parse_error& e) {
             // e.byte counts from 1 and points at the byte where parsing failed.
             const auto [line, column] = LineAndColumn(content, e.byte == 0 ? 0 : e.byte - 1);
-            log->LogError()
-                << "[OrxConfigParser][Config file is not valid JSON, treated as not configured]"
-                << "[file=" << filePath << ", line=" << line << ", column=" << column
-                << ", reason=" << ParseReason(e.what()) << "]";
-            return nlohmann::json::object();
+            const std::string where =
+                "line=" + std::to_string(line) + ", column=" + std::to_string(column);
+            return refuse("not valid JSON at " + where + ": " + ParseReason(e.what()),
+                          "[OrxConfigParser][Config file is not valid JSON, treated as not "
+                          "configured][file=" +
+                              filePath + ", " + where + ", reason=" + ParseReason(e.what()) + "]");
         }
         if (!document.is_object()) {
-            log->LogError() << "[OrxConfigParser][Config file does not hold a JSON object, "
-                               "treated as not configured][file="
-                            << filePath << ", found=" << document.type_name() << "]";
-            return nlohmann::json::object();
+            return refuse(std::string("must hold a JSON object, not ") + document.type_name(),
+                          "[OrxConfigParser][Config file does not hold a JSON object, treated as "
+                          "not configured][file=" +
+                              filePath + ", found=" + document.type_name() + "]");
         }
         return document;
     } catch (const std::exception& e) {
         // Anything else (numbers the parser cannot hold, memory) makes the file unusable too.
-        log->LogError() << "[OrxConfigParser][Cannot load config file, treated as not configured]"
-                        << "[file=" << filePath << ", reason=" << e.what() << "]";
+        return refuse(
+            std::string("cannot be loaded: ") + e.what(),
+            "[OrxConfigParser][Cannot load config file, treated as not configured][file=" +
+                filePath + ", reason=" + e.what() + "]");
     } catch (...) {
-        log->LogError() << "[OrxConfigParser][Cannot load config file, treated as not configured]"
-                        << "[file=" << filePath << "]";
+        return refuse(
+            "cannot be loaded",
+            "[OrxConfigParser][Cannot load config file, treated as not configured][file=" +
+                filePath + "]");
     }
-    return nlohmann::json::object();
 }
 
 }  // namespace ara::kelda::common::orxConfigParser

@@ -1,15 +1,51 @@
 #include "ara/kelda/common/orxConfigParser/config_reader.h"
 
-#include <limits>
-
 #include "config_log.h"
 
 namespace ara::kelda::common::orxConfigParser {
-namespace {
 
-// A short rendering of a bad value for the error line: scalars as JSON, containers by kind, so
-// a huge or deeply nested value never floods the log.
-std::string Describe(const nlohmann::json& value) {
+bool ToValue(const nlohmann::json& value, std::string& out, std::string& reason) {
+    if (!value.is_string()) {
+        reason = "must be a text";
+        return false;
+    }
+    out = value.get<std::string>();
+    return true;
+}
+
+bool ToValue(const nlohmann::json& value, bool& out, std::string& reason) {
+    if (!value.is_boolean()) {
+        reason = "must be true or false";
+        return false;
+    }
+    out = value.get<bool>();
+    return true;
+}
+
+bool AsUnsigned(const nlohmann::json& value, uint64_t& out) {
+    if (value.is_number_unsigned()) {
+        out = value.get<uint64_t>();
+        return true;
+    }
+    if (value.is_number_integer() && value.get<int64_t>() >= 0) {
+        out = static_cast<uint64_t>(value.get<int64_t>());
+        return true;
+    }
+    return false;
+}
+
+bool ToUnsigned(const nlohmann::json& value, uint64_t max, uint64_t& out, std::string& reason) {
+    uint64_t number = 0;
+    if (AsUnsigned(value, number) && number <= max) {
+        out = number;
+        return true;
+    }
+    reason = std::string(value.is_number() ? "out of range, " : "") +
+             "must be an integer from 0 to " + std::to_string(max);
+    return false;
+}
+
+std::string DescribeValue(const nlohmann::json& value) {
     if (value.is_structured()) {
         return std::string("<") + value.type_name() + ">";
     }
@@ -22,13 +58,57 @@ std::string Describe(const nlohmann::json& value) {
     return text;
 }
 
-}  // namespace
+ConfigProblems::ConfigProblems(std::string filePath) : filePath_(std::move(filePath)) {}
+
+void ConfigProblems::Report(const std::string& headline, const std::string& key,
+                            const nlohmann::json* value, const std::string& reason) {
+    if (!reportedKeys_.insert(key).second) {
+        return;
+    }
+    const std::string shown = value != nullptr ? DescribeValue(*value) : std::string();
+    std::string line = headline + "[file=" + filePath_ + ", key=" + key;
+    if (value != nullptr) {
+        line += ", value=" + shown;
+    }
+    line += ", reason=" + reason + "]";
+    detail::ConfigLog()->LogError() << line;
+    Add({SettingOrigin::File(filePath_, key), shown, reason}, std::move(line));
+}
+
+void ConfigProblems::Add(SettingProblem problem, std::string line) {
+    problems_.push_back(std::move(problem));
+    lines_.push_back(std::move(line));
+}
+
+const std::string& ConfigProblems::FilePath() const {
+    return filePath_;
+}
+
+const std::vector<SettingProblem>& ConfigProblems::Problems() const {
+    return problems_;
+}
+
+const std::vector<std::string>& ConfigProblems::Lines() const {
+    return lines_;
+}
 
 ConfigReader::ConfigReader(const nlohmann::json& document, std::string filePath)
-    : document_(document), filePath_(std::move(filePath)) {}
+    : ConfigReader(document, "", std::make_shared<ConfigProblems>(std::move(filePath)),
+                   kInvalidValue) {}
+
+ConfigReader::ConfigReader(const nlohmann::json& object, std::string path,
+                           std::shared_ptr<ConfigProblems> problems, std::string headline)
+    : object_(&object),
+      path_(std::move(path)),
+      problems_(std::move(problems)),
+      headline_(std::move(headline)) {}
+
+ConfigReader ConfigReader::Nested(const nlohmann::json& object, std::string path) const {
+    return ConfigReader(object, std::move(path), problems_, headline_);
+}
 
 const nlohmann::json* ConfigReader::Find(const std::string& key) {
-    const nlohmann::json* current = &document_;
+    const nlohmann::json* current = object_;
     size_t start = 0;
     while (true) {
         if (!current->is_object()) {
@@ -38,8 +118,8 @@ const nlohmann::json* ConfigReader::Find(const std::string& key) {
             return nullptr;
         }
         const size_t dot = key.find('.', start);
-        const std::string name = key.substr(start, dot == std::string::npos ? dot : dot - start);
-        const auto it = current->find(name);
+        const auto it =
+            current->find(key.substr(start, dot == std::string::npos ? dot : dot - start));
         if (it == current->end()) {
             return nullptr;
         }
@@ -49,49 +129,6 @@ const nlohmann::json* ConfigReader::Find(const std::string& key) {
         }
         start = dot + 1;
     }
-}
-
-std::optional<std::string> ConfigReader::GetString(const std::string& key) {
-    const nlohmann::json* value = Find(key);
-    if (value == nullptr) {
-        return std::nullopt;
-    }
-    if (!value->is_string()) {
-        ReportInvalid(key, value, "must be a text");
-        return std::nullopt;
-    }
-    return value->get<std::string>();
-}
-
-std::optional<bool> ConfigReader::GetBool(const std::string& key) {
-    const nlohmann::json* value = Find(key);
-    if (value == nullptr) {
-        return std::nullopt;
-    }
-    if (!value->is_boolean()) {
-        ReportInvalid(key, value, "must be true or false");
-        return std::nullopt;
-    }
-    return value->get<bool>();
-}
-
-std::optional<uint32_t> ConfigReader::GetUint32(const std::string& key) {
-    const nlohmann::json* value = Find(key);
-    if (value == nullptr) {
-        return std::nullopt;
-    }
-    if (value->is_number_unsigned()) {
-        const auto number = value->get<uint64_t>();
-        if (number <= std::numeric_limits<uint32_t>::max()) {
-            return static_cast<uint32_t>(number);
-        }
-        ReportInvalid(key, value, "out of range, must be an integer from 0 to 4294967295");
-    } else if (value->is_number()) {
-        ReportInvalid(key, value, "out of range, must be an integer from 0 to 4294967295");
-    } else {
-        ReportInvalid(key, value, "must be an integer from 0 to 4294967295");
-    }
-    return std::nullopt;
 }
 
 std::optional<std::map<std::string, std::string>> ConfigReader::GetStringMap(
@@ -115,22 +152,45 @@ std::optional<std::map<std::string, std::string>> ConfigReader::GetStringMap(
     return result;
 }
 
+std::optional<ConfigReader> ConfigReader::Child(const std::string& key) {
+    const nlohmann::json* value = Find(key);
+    if (value == nullptr) {
+        return std::nullopt;
+    }
+    if (!value->is_object()) {
+        ReportInvalid(key, value, "must be an object");
+        return std::nullopt;
+    }
+    return Nested(*value, Key(key));
+}
+
 void ConfigReader::ReportInvalid(const std::string& key, const nlohmann::json* value,
                                  const std::string& reason) {
-    if (!reported_.insert(key).second) {
-        return;
-    }
-    auto stream = detail::ConfigLog()->LogError();
-    stream << "[OrxConfigParser][Invalid config value, treated as not configured][file="
-           << filePath_ << ", key=" << key;
-    if (value != nullptr) {
-        stream << ", value=" << Describe(*value);
-    }
-    stream << ", reason=" << reason << "]";
+    problems_->Report(headline_, Key(key), value, reason);
+}
+
+SettingOrigin ConfigReader::OriginOf(const std::string& key) const {
+    return SettingOrigin::File(problems_->FilePath(), Key(key));
+}
+
+std::string ConfigReader::Key(const std::string& key) const {
+    return path_.empty() ? key : path_ + "." + key;
+}
+
+const std::string& ConfigReader::Path() const {
+    return path_;
 }
 
 const std::string& ConfigReader::FilePath() const {
-    return filePath_;
+    return problems_->FilePath();
+}
+
+ConfigProblems& ConfigReader::Problems() const {
+    return *problems_;
+}
+
+const std::shared_ptr<ConfigProblems>& ConfigReader::SharedProblems() const {
+    return problems_;
 }
 
 }  // namespace ara::kelda::common::orxConfigParser

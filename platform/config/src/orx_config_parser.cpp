@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 
-#include "ara/kelda/common/log/log_level.h"
 #include "ara/kelda/common/orxConfigParser/config_reader.h"
 #include "config_log.h"
 #include "orx_json_keys.h"
@@ -53,24 +52,9 @@ std::shared_ptr<ParseJsonToGetConfig> ParseJsonToGetConfig::GetInstance() {
 
 ParseJsonToGetConfig::ParseJsonToGetConfig(const std::string& filePath)
     : filePath_(filePath), document_(nlohmann::json::object()), network_("", false) {
+    ConfigReader reader(document_, filePath_);
     try {
-        document_ = LoadConfigDocument(filePath_);
-        ConfigReader reader(document_, filePath_);
-
-        appName_ = reader.GetString(keys::kAppName).value_or("");
-        if (auto level = reader.GetString(keys::kLogLevel)) {
-            log::LogLevel parsed = log::LogLevel::kInfo;
-            if (log::ParseLevel(*level, &parsed)) {
-                logLevel_ = log::LevelName(parsed);
-            } else {
-                reader.ReportInvalid(
-                    keys::kLogLevel, reader.Find(keys::kLogLevel),
-                    "must be one of verbose, debug, info, warning, error, fatal, off");
-            }
-        }
-        logFile_ = reader.GetString(keys::kLogFile).value_or("");
-        pluginPath_ = reader.GetString(keys::kPluginPath).value_or("");
-
+        document_ = LoadConfigDocument(filePath_, &reader.Problems());
         if (const nlohmann::json* id = reader.Find(keys::kInstanceId)) {
             // Instance ids are texts; a plain non-negative number is accepted as its digits.
             if (id->is_string()) {
@@ -93,6 +77,7 @@ ParseJsonToGetConfig::ParseJsonToGetConfig(const std::string& filePath)
     } catch (...) {
         ReportUnexpected(filePath_, "unknown");
     }
+    problems_ = reader.Problems().Problems();
 }
 
 std::string ParseJsonToGetConfig::GetInstanceId() const {
@@ -107,28 +92,16 @@ std::map<std::string, std::string> ParseJsonToGetConfig::GetResourceAttr() const
     return resourceAttr_;
 }
 
-std::string ParseJsonToGetConfig::GetAppName() const {
-    return appName_;
-}
-
-std::string ParseJsonToGetConfig::GetLogLevel() const {
-    return logLevel_;
-}
-
-std::string ParseJsonToGetConfig::GetLogFile() const {
-    return logFile_;
-}
-
-std::string ParseJsonToGetConfig::GetPluginPath() const {
-    return pluginPath_;
-}
-
 const nlohmann::json& ParseJsonToGetConfig::Document() const {
     return document_;
 }
 
 const std::string& ParseJsonToGetConfig::FilePath() const {
     return filePath_;
+}
+
+const std::vector<SettingProblem>& ParseJsonToGetConfig::Problems() const {
+    return problems_;
 }
 
 }  // namespace ara::kelda::common::orxConfigParser

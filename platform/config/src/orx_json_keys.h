@@ -1,13 +1,9 @@
 #ifndef ORX_CONFIG_SRC_ORX_JSON_KEYS_H
 #define ORX_CONFIG_SRC_ORX_JSON_KEYS_H
 
-// Keys of orx.json, as dotted paths; docs/orx-json.md describes each.
+// The keys of orx.json read here, as dotted paths; docs/orx-json.md describes each.
 namespace ara::kelda::common::orxConfigParser::keys {
 
-inline constexpr const char* kAppName = "application.name";
-inline constexpr const char* kLogLevel = "application.logLevel";
-inline constexpr const char* kLogFile = "application.logFile";
-inline constexpr const char* kPluginPath = "dfx.pluginPath";
 inline constexpr const char* kSampleTimeoutThreshold = "dfx.sampleTimeoutThresholdMs";
 inline constexpr const char* kInstanceId = "maintenance.instanceId";
 inline constexpr const char* kNetworkAddress = "maintenance.network.address";

@@ -77,7 +77,7 @@ void Backend::Emit(const std::string& contextId, LogLevel level, std::string tex
     const int pid = pid_.load(std::memory_order_relaxed);
     LogRecord record{level, std::string(),        contextId, std::move(text), NowNs(CLOCK_REALTIME),
                      pid,   CurrentThreadId(pid), suppressed};
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     record.appId = appId_;
     t_insideSink = true;
     for (const auto& sink : sinks_) {
@@ -94,7 +94,7 @@ void Backend::Emit(const std::string& contextId, LogLevel level, std::string tex
 
 bool Backend::AllowLimited(const LogLimitConfig& limit, uint32_t* suppressed) {
     const int64_t now = NowNs(CLOCK_MONOTONIC);
-    std::lock_guard<std::mutex> lock(limiterMutex_);
+    orx::sync::MutexLock lock(limiterMutex_);
     return limiter_.Allow(limit, now, suppressed);
 }
 
@@ -102,7 +102,7 @@ void Backend::AddSink(std::shared_ptr<LogSink> sink) {
     if (!sink) {
         return;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (std::find(sinks_.begin(), sinks_.end(), sink) == sinks_.end()) {
         sinks_.push_back(std::move(sink));
     }
@@ -110,7 +110,7 @@ void Backend::AddSink(std::shared_ptr<LogSink> sink) {
 }
 
 void Backend::RemoveSink(const std::shared_ptr<LogSink>& sink) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     sinks_.erase(std::remove(sinks_.begin(), sinks_.end(), sink), sinks_.end());
     if (sink == file_) {
         file_.reset();
@@ -119,7 +119,7 @@ void Backend::RemoveSink(const std::shared_ptr<LogSink>& sink) {
 }
 
 void Backend::SetConsoleThreshold(LogLevel level) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     console_->SetThreshold(level);
     RecomputeMinLevelLocked();
 }
@@ -129,7 +129,7 @@ LogLevel Backend::ConsoleThreshold() const {
 }
 
 void Backend::RefreshThresholds() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     RecomputeMinLevelLocked();
 }
 
@@ -141,44 +141,59 @@ void Backend::RecomputeMinLevelLocked() {
     minLevel_.store(static_cast<uint8_t>(lowest), std::memory_order_relaxed);
 }
 
-void Backend::Configure(const std::string& appId, const std::string& contextId, LogLevel level,
-                        const std::string& description) {
-    std::string invalidLevel;
-    LevelFromEnvironment(&level, &invalidLevel);
-    const char* fileVariable = std::getenv(kFileVariable);
-    const std::string filePath = fileVariable == nullptr ? std::string() : fileVariable;
+bool Backend::SetUp(const LogSetup& setup) {
+    bool first = false;
+    std::string keptAppId;
     std::string fileError;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        appId_ = appId;
-        defaultContext_ = contextId;
-        description_ = description;
-        console_->SetThreshold(level);
-        if (!filePath.empty()) {
-            if (file_ && file_->Path() == filePath) {
-                file_->SetThreshold(level);
-            } else if (auto file = FileSink::Open(filePath, level, &fileError)) {
-                sinks_.erase(std::remove(sinks_.begin(), sinks_.end(), file_), sinks_.end());
-                file_ = file;
-                sinks_.push_back(std::move(file));
+        orx::sync::MutexLock lock(mutex_);
+        first = !setUp_;
+        if (!first) {
+            keptAppId = appId_;
+        } else {
+            setUp_ = true;
+            appId_ = setup.appId;
+            defaultContext_ = setup.contextId;
+            description_ = setup.description;
+            console_->SetThreshold(setup.level);
+            if (!setup.filePath.empty()) {
+                file_ = FileSink::Open(setup.filePath, setup.level, &fileError);
+                if (file_) {
+                    sinks_.push_back(file_);
+                }
             }
+            RecomputeMinLevelLocked();
         }
-        RecomputeMinLevelLocked();
     }
     // Reported after the lock is released: reporting goes through Emit.
-    if (!invalidLevel.empty()) {
-        GetLog(contextId)->LogWarn()
-            << "[Log][Invalid " << kLevelVariable << " ignored][value=" << invalidLevel
-            << ", used=" << LevelName(level) << "]";
+    if (!first) {
+        GetLog(setup.contextId)->LogDebug()
+            << "[Log][Logging was set up before, keeping it][appId=" << keptAppId
+            << ", ignoredAppId=" << setup.appId << "]";
+        return false;
     }
     if (!fileError.empty()) {
-        GetLog(contextId)->LogWarn()
-            << "[Log][Cannot open log file][file=" << filePath << ", reason=" << fileError << "]";
+        GetLog(setup.contextId)->LogWarn() << "[Log][Cannot open log file][file=" << setup.filePath
+                                           << ", reason=" << fileError << "]";
+    }
+    return true;
+}
+
+void Backend::InitFromEnvironment(LogSetup setup) {
+    std::string invalidLevel;
+    LevelFromEnvironment(&setup.level, &invalidLevel);
+    const char* file = std::getenv(kFileVariable);
+    setup.filePath = file == nullptr ? std::string() : std::string(file);
+    // Only the set-up that counts reports a bad level, so it is reported once.
+    if (SetUp(setup) && !invalidLevel.empty()) {
+        GetLog(setup.contextId)->LogWarn()
+            << "[Log][Invalid " << kLevelVariable << " ignored][value=" << invalidLevel
+            << ", used=" << LevelName(setup.level) << "]";
     }
 }
 
 std::shared_ptr<Log> Backend::GetLog(const std::string& contextId) {
-    std::lock_guard<std::mutex> lock(registryMutex_);
+    orx::sync::MutexLock lock(registryMutex_);
     auto& slot = logs_[contextId];
     if (!slot) {
         slot = std::make_shared<Log>(contextId);
@@ -187,7 +202,7 @@ std::shared_ptr<Log> Backend::GetLog(const std::string& contextId) {
 }
 
 std::string Backend::DefaultContext() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return defaultContext_;
 }
 

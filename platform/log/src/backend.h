@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "ara/kelda/common/log/file_sink.h"
 #include "ara/kelda/common/log/log.h"
 #include "console_sink.h"
+#include "orx/sync/mutex.h"
 #include "rate_limiter.h"
 
 namespace ara::kelda::common::log::detail {
@@ -28,42 +28,47 @@ class Backend {
 
     // Hands one finished line to every sink whose threshold it reaches, one line at a time.
     // A line logged from inside a sink's Write is dropped.
-    void Emit(const std::string& contextId, LogLevel level, std::string text, uint32_t suppressed);
+    void Emit(const std::string& contextId, LogLevel level, std::string text, uint32_t suppressed)
+        EXCLUDES(mutex_);
     // Rate-limit decision for one warning (see RateLimiter::Allow), on the monotonic clock.
-    bool AllowLimited(const LogLimitConfig& limit, uint32_t* suppressed);
+    bool AllowLimited(const LogLimitConfig& limit, uint32_t* suppressed) EXCLUDES(limiterMutex_);
 
-    void AddSink(std::shared_ptr<LogSink> sink);
-    void RemoveSink(const std::shared_ptr<LogSink>& sink);
-    void SetConsoleThreshold(LogLevel level);
+    void AddSink(std::shared_ptr<LogSink> sink) EXCLUDES(mutex_);
+    void RemoveSink(const std::shared_ptr<LogSink>& sink) EXCLUDES(mutex_);
+    void SetConsoleThreshold(LogLevel level) EXCLUDES(mutex_);
     LogLevel ConsoleThreshold() const;
-    void RefreshThresholds();
+    void RefreshThresholds() EXCLUDES(mutex_);
 
-    // Log::InitLog.
-    void Configure(const std::string& appId, const std::string& contextId, LogLevel level,
-                   const std::string& description);
-    std::shared_ptr<Log> GetLog(const std::string& contextId);
-    std::string DefaultContext() const;
+    // Log::SetUp: false, changing nothing, when the process set its logging up before.
+    bool SetUp(const LogSetup& setup) EXCLUDES(mutex_, registryMutex_);
+    // Log::InitLog: SetUp with ORX_LOG_LEVEL and ORX_LOG_FILE applied.
+    void InitFromEnvironment(LogSetup setup) EXCLUDES(mutex_, registryMutex_);
+    std::shared_ptr<Log> GetLog(const std::string& contextId) EXCLUDES(registryMutex_);
+    std::string DefaultContext() const EXCLUDES(mutex_);
 
   private:
     Backend();
-    void RecomputeMinLevelLocked();
+    void RecomputeMinLevelLocked() REQUIRES(mutex_);
     static void OnForkChild();
 
-    mutable std::mutex mutex_;  // guards everything below up to registryMutex_, and all Writes
-    std::vector<std::shared_ptr<LogSink>> sinks_;
+    // Held also during every sink's Write, so a sink sees one line at a time.
+    mutable orx::sync::Mutex mutex_;
+    std::vector<std::shared_ptr<LogSink>> sinks_ GUARDED_BY(mutex_);
+    // Made by the constructor and never replaced; the sink's threshold is atomic.
     std::shared_ptr<ConsoleSink> console_;
-    std::shared_ptr<FileSink> file_;  // from ORX_LOG_FILE, also in sinks_
-    std::string appId_;
-    std::string defaultContext_;
-    std::string description_;
+    std::shared_ptr<FileSink> file_ GUARDED_BY(mutex_);  // from the set-up, also in sinks_
+    bool setUp_ GUARDED_BY(mutex_) = false;              // the first SetUp or InitLog happened
+    std::string appId_ GUARDED_BY(mutex_);
+    std::string defaultContext_ GUARDED_BY(mutex_);
+    std::string description_ GUARDED_BY(mutex_);
     std::atomic<uint8_t> minLevel_;
     std::atomic<int> pid_;  // getpid() is a system call; refreshed in a forked child
 
-    std::mutex registryMutex_;  // guards logs_
-    std::unordered_map<std::string, std::shared_ptr<Log>> logs_;
+    orx::sync::Mutex registryMutex_;
+    std::unordered_map<std::string, std::shared_ptr<Log>> logs_ GUARDED_BY(registryMutex_);
 
-    std::mutex limiterMutex_;  // guards limiter_
-    RateLimiter limiter_;
+    orx::sync::Mutex limiterMutex_;
+    RateLimiter limiter_ GUARDED_BY(limiterMutex_);
 };
 
 }  // namespace ara::kelda::common::log::detail

@@ -8,10 +8,10 @@ CaptureSink::~CaptureSink() = default;
 
 void CaptureSink::Write(const LogRecord& record) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         records_.push_back(record);
     }
-    changed_.notify_all();
+    changed_.NotifyAll();
 }
 
 LogLevel CaptureSink::Threshold() const {
@@ -24,7 +24,7 @@ void CaptureSink::SetThreshold(LogLevel level) {
 }
 
 std::vector<std::pair<LogLevel, std::string>> CaptureSink::Lines() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     std::vector<std::pair<LogLevel, std::string>> lines;
     lines.reserve(records_.size());
     for (const auto& record : records_) {
@@ -34,12 +34,12 @@ std::vector<std::pair<LogLevel, std::string>> CaptureSink::Lines() const {
 }
 
 std::vector<LogRecord> CaptureSink::Records() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return records_;
 }
 
 size_t CaptureSink::Size() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return records_.size();
 }
 
@@ -55,12 +55,12 @@ size_t CaptureSink::CountLocked(LogLevel level, const std::string& text, bool ex
 }
 
 size_t CaptureSink::Count(LogLevel level, const std::string& text) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return CountLocked(level, text, true);
 }
 
 size_t CaptureSink::CountContaining(LogLevel level, const std::string& part) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return CountLocked(level, part, false);
 }
 
@@ -70,13 +70,14 @@ bool CaptureSink::Contains(LogLevel level, const std::string& text) const {
 
 bool CaptureSink::WaitForContaining(LogLevel level, const std::string& part, size_t count,
                                     std::chrono::milliseconds timeout) const {
-    std::unique_lock<std::mutex> lock(mutex_);
-    return changed_.wait_for(lock, timeout,
-                             [&] { return CountLocked(level, part, false) >= count; });
+    orx::sync::MutexLock lock(mutex_);
+    return changed_.WaitFor(mutex_, timeout, [&]() REQUIRES(mutex_) {
+        return CountLocked(level, part, false) >= count;
+    });
 }
 
 std::string CaptureSink::Dump() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     std::string dump;
     for (const auto& record : records_) {
         dump += LevelName(record.level);
@@ -88,7 +89,7 @@ std::string CaptureSink::Dump() const {
 }
 
 void CaptureSink::Clear() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     records_.clear();
 }
 

@@ -10,7 +10,12 @@ LogLimitConfig DefaultLimitConfig(const std::string& key) {
 
 void Log::InitLog(const std::string& appId, const std::string& contextId, LogLevel level,
                   const std::string& description) {
-    detail::Backend::Instance().Configure(appId, contextId, level, description);
+    detail::Backend::Instance().InitFromEnvironment(
+        LogSetup{appId, contextId, level, std::string(), description});
+}
+
+bool Log::SetUp(const LogSetup& setup) {
+    return detail::Backend::Instance().SetUp(setup);
 }
 
 std::shared_ptr<Log> Log::GetLog(const std::string& contextId) {

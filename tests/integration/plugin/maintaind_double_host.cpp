@@ -19,6 +19,7 @@
 #include <string>
 #include <thread>
 
+#include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
 #include "orx/maintaind/json.h"
 #include "orx/test/daemon_double.h"
 #include "vorx/driver/dds/dds_driver.h"
@@ -51,6 +52,13 @@ orx::maintaind::LatencySwitch ParseLatency(std::istringstream& words) {
 
 int main(int argc, char** argv) {
     ::setenv("ORX_DDS_DRIVER", "dds", 0);
+    // Hands the DDS driver its settings from orx.json and the environment, as a process's
+    // start-up does.
+    namespace config = ara::kelda::common::orxConfigParser;
+    const auto file = config::ParseJsonToGetConfig::GetInstance();
+    config::ConfigReader fileReader(file->Document(), file->FilePath());
+    vorx::driver::dds::SetProcessParticipantSettings(vorx::driver::dds::LoadParticipantSettings(
+        &fileReader, file->GetNetworkIp(), config::ProcessEnvironment()));
     vorx::driver::dds::RegisterDdsDriver();
     orx::test::DaemonDouble::Options options;
     options.offerAtStart = !(argc > 1 && std::string(argv[1]) == "--no-offer");

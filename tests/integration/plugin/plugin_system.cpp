@@ -1,11 +1,8 @@
 #include "plugin_system.h"
 
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <mutex>
+
+#include "orx/test/temp_dir.h"
 
 namespace orx::test::plugin {
 namespace {
@@ -15,21 +12,6 @@ std::map<std::string, std::string> CommonEnv(const Placement& placement) {
             {"ORX_DDS_DOMAIN", std::to_string(placement.domain)},
             {"ORX_LOG_LEVEL", "info"},
             {"ORX_DFX_PLUGIN", ORX_TEST_PLUGIN_PATH}};
-}
-
-// Files written by WriteConfig, removed at exit.
-std::vector<std::string>& WrittenFiles() {
-    static std::vector<std::string> files;
-    static const bool registered = [] {
-        std::atexit([] {
-            for (const auto& file : WrittenFiles()) {
-                std::remove(file.c_str());
-            }
-        });
-        return true;
-    }();
-    (void)registered;
-    return files;
 }
 
 const Json* At(const Json& json, std::initializer_list<const char*> path) {
@@ -51,8 +33,8 @@ bool Is(const Json& json, std::initializer_list<const char*> path, const T& valu
 
 }  // namespace
 
-std::unique_ptr<AppProcess> StartDaemon(const Placement& placement, bool offer) {
-    AppProcess::Options options;
+std::unique_ptr<ChildProcess> StartDaemon(const Placement& placement, bool offer) {
+    ChildProcess::Options options;
     options.name = "maintaind double";
     options.argv = {ORX_TEST_DAEMON_DOUBLE_PATH};
     if (!offer) {
@@ -62,11 +44,11 @@ std::unique_ptr<AppProcess> StartDaemon(const Placement& placement, bool offer) 
     options.env["ORX_CONFIG"] =
         placement.config.empty() ? "/nonexistent/orx.json" : placement.config;
     options.netns = placement.netns;
-    return std::make_unique<AppProcess>(options);
+    return std::make_unique<ChildProcess>(options);
 }
 
-std::unique_ptr<AppProcess> StartApp(const std::string& role, const Placement& placement) {
-    AppProcess::Options options;
+std::unique_ptr<ChildProcess> StartApp(const std::string& role, const Placement& placement) {
+    ChildProcess::Options options;
     options.name = role;
     options.argv = {ORX_TEST_DEMO_PATH, role};
     options.env = CommonEnv(placement);
@@ -74,7 +56,7 @@ std::unique_ptr<AppProcess> StartApp(const std::string& role, const Placement& p
                                     ? std::string(ORX_TEST_EXAMPLES_DIR) + "/" + role + "/orx.json"
                                     : placement.config;
     options.netns = placement.netns;
-    return std::make_unique<AppProcess>(options);
+    return std::make_unique<ChildProcess>(options);
 }
 
 Json ExampleConfig(const std::string& role) {
@@ -83,14 +65,13 @@ Json ExampleConfig(const std::string& role) {
 }
 
 std::string WriteConfig(const std::string& name, const Json& config) {
-    const std::string path =
-        "/tmp/orx_plugin_it_" + std::to_string(::getpid()) + "_" + name + ".json";
+    static const TempDir folder("orx-plugin-it");
+    const std::string path = folder.File(name + ".json");
     std::ofstream(path) << config.dump(2);
-    WrittenFiles().push_back(path);
     return path;
 }
 
-std::vector<Json> Reports(const AppProcess& daemon) {
+std::vector<Json> Reports(const ChildProcess& daemon) {
     std::vector<Json> reports;
     const std::string prefix = "RECV ";
     for (const auto& line : daemon.Lines()) {
@@ -101,7 +82,8 @@ std::vector<Json> Reports(const AppProcess& daemon) {
     return reports;
 }
 
-std::optional<Json> WaitForReport(AppProcess& daemon, const std::function<bool(const Json&)>& match,
+std::optional<Json> WaitForReport(ChildProcess& daemon,
+                                  const std::function<bool(const Json&)>& match,
                                   std::chrono::milliseconds timeout, size_t skip) {
     const std::string prefix = "RECV ";
     const auto line = daemon.WaitForLine(

@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "app_process.h"
+#include "orx/test/child_process.h"
 
 // The pieces of the multi-process tests: the demo applications with the DFX plug-in, and the
 // maintenance daemon double in a process of its own, all on the DDS driver on one DDS domain per
@@ -27,19 +27,21 @@ struct Placement {
     std::string config;  // empty: the example's orx.json
 };
 
-std::unique_ptr<AppProcess> StartDaemon(const Placement& placement, bool offer = true);
+std::unique_ptr<ChildProcess> StartDaemon(const Placement& placement, bool offer = true);
 // `role` is "radar" or "fusion".
-std::unique_ptr<AppProcess> StartApp(const std::string& role, const Placement& placement);
+std::unique_ptr<ChildProcess> StartApp(const std::string& role, const Placement& placement);
 
 // The example's orx.json for `role`, as JSON.
 Json ExampleConfig(const std::string& role);
-// Writes `config` to a file of the test's own and returns its path (removed at process exit).
+// Writes `config` to a file in a folder of the test process's own (removed at its exit) and
+// returns its path.
 std::string WriteConfig(const std::string& name, const Json& config);
 
 // The RegisterApp requests the daemon double printed, in arrival order.
-std::vector<Json> Reports(const AppProcess& daemon);
+std::vector<Json> Reports(const ChildProcess& daemon);
 // Waits for the `skip`+1-th report that `match` accepts.
-std::optional<Json> WaitForReport(AppProcess& daemon, const std::function<bool(const Json&)>& match,
+std::optional<Json> WaitForReport(ChildProcess& daemon,
+                                  const std::function<bool(const Json&)>& match,
                                   std::chrono::milliseconds timeout, size_t skip = 0);
 
 // Matchers of the reports of one application.

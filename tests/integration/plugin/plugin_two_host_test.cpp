@@ -50,9 +50,9 @@ class PluginTwoHostTest : public ::testing::Test {
     }
 
     TwoHosts hosts_;
-    std::unique_ptr<AppProcess> daemon_;
-    std::unique_ptr<AppProcess> radar_;
-    std::unique_ptr<AppProcess> fusion_;
+    std::unique_ptr<ChildProcess> daemon_;
+    std::unique_ptr<ChildProcess> radar_;
+    std::unique_ptr<ChildProcess> fusion_;
 };
 
 TEST_F(PluginTwoHostTest, ReportsAndLatencyResultsCrossHosts) {

@@ -4,7 +4,6 @@
 
 #include "delayed_runner.h"
 #include "vorx/vcc/driver/driver_registry.h"
-#include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
 
 namespace orx::test {
 
@@ -87,8 +86,7 @@ DaemonDouble::DaemonDouble(Options options)
 
     state_->desc.serviceId = kServiceId;
     state_->desc.instanceId = state_->options.instanceId;
-    state_->desc.serviceName =
-        vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()->GetAppServicePath();
+    state_->desc.serviceName = std::string(orx::maintaind::service::kAppServicePath);
     state_->desc.driverType = binding;
     skeleton_ = std::make_unique<vorx::vcc::Skeleton>(state_->desc);
 

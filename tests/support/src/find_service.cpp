@@ -1,22 +1,21 @@
 #include "orx/test/find_service.h"
-#include "orx/maintaind/service.h"
 
 #include <condition_variable>
 #include <mutex>
 
-#include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
+#include "orx/maintaind/service.h"
 
 namespace orx::test {
 
 vorx::vcc::ServiceDescription MaintaindService(uint16_t serviceId,
                                                vorx::vcc::api::types::DriverType binding) {
-    const auto paths = vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance();
+    namespace service = orx::maintaind::service;
     vorx::vcc::ServiceDescription desc;
     desc.serviceId = serviceId;
     desc.instanceId = "1";
-    desc.serviceName = serviceId == orx::maintaind::service::kAppServiceId
-                           ? paths->GetAppServicePath()
-                           : paths->GetToolsServicePath();
+    desc.serviceName =
+        std::string(serviceId == service::kAppServiceId ? service::kAppServicePath
+                                                        : service::kToolsServicePath);
     desc.driverType = binding;
     return desc;
 }

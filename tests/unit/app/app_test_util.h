@@ -1,14 +1,13 @@
 #ifndef ORX_TESTS_UNIT_APP_APP_TEST_UTIL_H
 #define ORX_TESTS_UNIT_APP_APP_TEST_UTIL_H
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "orx/maintaind/record.h"
+#include "orx/test/wait.h"
 #include "test_deployments.h"
 #include "vorx/vcc/app/deployment_parser.h"
 
@@ -29,20 +28,14 @@ inline vorx::vcc::app::ServiceDeployment SensorDeployment(const std::string& rol
     return result.services.at(0);
 }
 
-// Values handed over from other threads, with a deadline to wait for them.
+// Values handed over from other threads. Tests wait for them with orx::test::WaitFor:
+// WaitFor(inbox.HasAtLeast(2)).
 template <class T>
 class Inbox {
   public:
     void Put(const T& value) {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            values_.push_back(value);
-        }
-        changed_.notify_all();
-    }
-    bool WaitFor(size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(5)) const {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, timeout, [&] { return values_.size() >= count; });
+        std::lock_guard<std::mutex> lock(mutex_);
+        values_.push_back(value);
     }
     std::vector<T> Values() const {
         std::lock_guard<std::mutex> lock(mutex_);
@@ -52,10 +45,12 @@ class Inbox {
         std::lock_guard<std::mutex> lock(mutex_);
         return values_.size();
     }
+    auto HasAtLeast(size_t count) const {
+        return [this, count] { return Size() >= count; };
+    }
 
   private:
     mutable std::mutex mutex_;
-    mutable std::condition_variable changed_;
     std::vector<T> values_;
 };
 

@@ -11,13 +11,12 @@
 
 namespace {
 
-using namespace std::chrono_literals;
 using orx::test::Inbox;
 using orx::test::RecordingMaintaind;
 using orx::test::SensorDeployment;
 using orx::test::TestSample;
+using orx::test::WaitFor;
 using vorx::vcc::api::types::DriverType;
-using vorx::vcc::api::types::LatencyAnalysisMode;
 using vorx::vcc::app::ConsumerSettings;
 using vorx::vcc::app::ServiceConsumer;
 using vorx::vcc::app::ServiceProvider;
@@ -108,88 +107,35 @@ TEST_F(MaintaindCallsTest, ConsumerReportsTheUsingSideAndItsSubscriptions) {
     EXPECT_EQ(recorder_->Ops(), (Ops{"UnregisterMethod", "UnregisterField"}));
 }
 
-TEST_F(MaintaindCallsTest, LatencyIsMeasuredWhileTheDaemonHasItSwitchedOn) {
-    Inbox<uint32_t> received;  // outlives the consumer that fills it
-    ServiceProvider provider(SensorDeployment("provided"));
-    ASSERT_TRUE(provider.Offer());
-    ServiceConsumer consumer(SensorDeployment("required"));
-    ASSERT_TRUE(consumer.Subscribe<TestSample>(
-        "Objects", [&received](const TestSample& sample) { received.Put(sample.value); }));
-    ASSERT_TRUE(consumer.WaitForService(5s));
-
-    RecordingMaintaind::ModeHandler mode;
-    for (const auto& call : recorder_->CallsOf("RegisterLatencyMode")) {
-        if (!call.isPub) {
-            mode = call.modeHandler;
-        }
-    }
-    const auto query = recorder_->CallsOf("RegisterLatencyQuery").at(0).queryHandler;
-    ASSERT_TRUE(mode && query);
-
-    ASSERT_TRUE(provider.Publish("Objects", TestSample{1, "off"}));
-    ASSERT_TRUE(received.WaitFor(1));
-    EXPECT_EQ(query().maxLatency, 0U) << "nothing is measured while switched off";
-
-    mode(LatencyAnalysisMode::ENABLE);
-    for (uint32_t i = 2; i <= 6; ++i) {
-        ASSERT_TRUE(provider.Publish("Objects", TestSample{i, "on"}));
-    }
-    ASSERT_TRUE(received.WaitFor(6));
-    const auto result = query();
-    EXPECT_GE(result.minLatency, 1U);
-    EXPECT_GE(result.maxLatency, result.minLatency);
-    EXPECT_GE(result.averageLatency, result.minLatency);
-    EXPECT_LE(result.averageLatency, result.maxLatency);
-    EXPECT_LT(result.maxLatency, 5000000U) << "microseconds, not nanoseconds";
-    EXPECT_EQ(query().maxLatency, 0U) << "each query starts a new period";
-
-    mode(LatencyAnalysisMode::DISABLE);
-    ASSERT_TRUE(provider.Publish("Objects", TestSample{7, "off again"}));
-    ASSERT_TRUE(received.WaitFor(7));
-    EXPECT_EQ(query().maxLatency, 0U);
-}
-
-TEST_F(MaintaindCallsTest, SampleTimeoutsReachTheListenerAndTheApplication) {
-    Inbox<std::pair<std::string, uint32_t>> timeouts;
-    ServiceProvider provider(SensorDeployment("provided"));
-    ASSERT_TRUE(provider.Offer());
-    ConsumerSettings settings;
-    settings.sampleTimeoutThresholdMs = 30;
-    ServiceConsumer consumer(SensorDeployment("required"), settings);
-    consumer.SetSampleTimeoutHandler([&timeouts](const std::string& event, uint32_t count) {
-        timeouts.Put({event, count});
-    });
-    ASSERT_TRUE(consumer.Subscribe<TestSample>("Objects", nullptr));
-    ASSERT_TRUE(consumer.WaitForService(5s));
-
-    const auto& listener = recorder_->TimeoutListener();
-    ASSERT_TRUE(listener->WaitForNotices(2, 5s));
-    const auto notices = listener->Notices();
-    EXPECT_EQ(notices[0].first.serviceId, 4660);
-    EXPECT_EQ(notices[0].first.instanceId, "7");
-    EXPECT_EQ(notices[0].first.entityId, 11U);
-    EXPECT_EQ(notices[0].first.name, "/test/SensorService:7:Objects");
-    EXPECT_EQ(notices[0].first.sampleTimeout, 30U);
-    EXPECT_EQ(notices[0].first.sampleTimeoutCount, 1U);
-    EXPECT_EQ(notices[1].first.sampleTimeoutCount, 2U);
-    EXPECT_EQ(notices[0].second, DriverType::DDS);
-    ASSERT_TRUE(timeouts.WaitFor(2));
-    EXPECT_EQ(timeouts.Values()[0], std::make_pair(std::string("Objects"), 1U));
-}
-
-TEST_F(MaintaindCallsTest, WatchWorksForTheApplicationWhenThePluginHandsOutNoListener) {
-    recorder_->WithoutListener();
-    Inbox<uint32_t> timeouts;
+// Name, threshold and running count of the notices, and the application's handler, are covered
+// end to end by PluginFlowTest.SampleTimeoutIsForwardedToTheService.
+TEST_F(MaintaindCallsTest, SampleTimeoutsReachTheListenerAndWithoutOneStillTheApplication) {
     ServiceProvider provider(SensorDeployment("provided"));
     ASSERT_TRUE(provider.Offer());
     ConsumerSettings settings;
     settings.sampleTimeoutThresholdMs = 20;
+    const auto& listener = recorder_->TimeoutListener();
+    Inbox<uint32_t> timeouts;  // outlives the consumers that fill it
+    {
+        ServiceConsumer consumer(SensorDeployment("required"), settings);
+        ASSERT_TRUE(consumer.Subscribe<TestSample>("Objects", nullptr));
+        ASSERT_TRUE(WaitFor([&] { return !listener->Notices().empty(); }));
+    }
+    const auto notice = listener->Notices()[0];
+    EXPECT_EQ(notice.first.serviceId, 4660);
+    EXPECT_EQ(notice.first.instanceId, "7");
+    EXPECT_EQ(notice.first.entityId, 11U);
+    EXPECT_EQ(notice.second, DriverType::DDS);
+
+    recorder_->WithoutListener();
+    const size_t notices = listener->Notices().size();
     ServiceConsumer consumer(SensorDeployment("required"), settings);
     consumer.SetSampleTimeoutHandler(
         [&timeouts](const std::string&, uint32_t count) { timeouts.Put(count); });
     ASSERT_TRUE(consumer.Subscribe<TestSample>("Objects", nullptr));
-    ASSERT_TRUE(timeouts.WaitFor(1));
-    EXPECT_TRUE(recorder_->TimeoutListener()->Notices().empty());
+    ASSERT_TRUE(WaitFor(timeouts.HasAtLeast(2)));
+    EXPECT_EQ(timeouts.Values()[1], 2U);
+    EXPECT_EQ(listener->Notices().size(), notices);
 }
 
 }  // namespace

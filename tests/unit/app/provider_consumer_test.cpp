@@ -15,6 +15,7 @@ using ara::com::ComErrc;
 using orx::test::Inbox;
 using orx::test::SensorDeployment;
 using orx::test::TestSample;
+using orx::test::WaitFor;
 using vorx::vcc::app::ServiceConsumer;
 using vorx::vcc::app::ServiceProvider;
 
@@ -60,7 +61,7 @@ TEST_F(ProviderConsumerTest, EventsMethodsAndFieldsTravel) {
     ASSERT_TRUE(consumer.WaitForService(5s));
 
     ASSERT_TRUE(provider.Publish("Objects", TestSample{42, "forty-two"}));
-    ASSERT_TRUE(samples.WaitFor(1));
+    ASSERT_TRUE(WaitFor(samples.HasAtLeast(1)));
     EXPECT_EQ(samples.Values()[0], (TestSample{42, "forty-two"}));
 
     EXPECT_TRUE(ValueOf(consumer.Call<bool>("Reset", uint8_t{2}, std::string("drift"))));
@@ -71,7 +72,7 @@ TEST_F(ProviderConsumerTest, EventsMethodsAndFieldsTravel) {
               (TestSample{30, "three"}))
         << "the reply is the value the provider took";
     EXPECT_EQ(gain->Get(), (TestSample{30, "three"}));
-    ASSERT_TRUE(gains.WaitFor(1));
+    ASSERT_TRUE(WaitFor(gains.HasAtLeast(1)));
     EXPECT_EQ(gains.Values().back(), (TestSample{30, "three"})) << "changes are notified";
 
     EXPECT_FALSE(provider.Publish("NoSuchEvent", TestSample{}));
@@ -103,16 +104,16 @@ TEST_F(ProviderConsumerTest, ConsumerFollowsTheServiceAwayAndBack) {
         "Objects", [&samples](const TestSample& sample) { samples.Put(sample.value); }));
 
     ASSERT_TRUE(provider->Offer());
-    ASSERT_TRUE(availability.WaitFor(1));
+    ASSERT_TRUE(WaitFor(availability.HasAtLeast(1)));
     provider->StopOffer();
-    ASSERT_TRUE(availability.WaitFor(2));
+    ASSERT_TRUE(WaitFor(availability.HasAtLeast(2)));
     EXPECT_FALSE(consumer.IsAvailable());
     ASSERT_TRUE(provider->Offer());
-    ASSERT_TRUE(availability.WaitFor(3));
+    ASSERT_TRUE(WaitFor(availability.HasAtLeast(3)));
     EXPECT_EQ(availability.Values(), (std::vector<bool>{true, false, true}));
 
     ASSERT_TRUE(provider->Publish("Objects", TestSample{9, "again"}));
-    ASSERT_TRUE(samples.WaitFor(1)) << "the subscription outlives the withdrawal";
+    ASSERT_TRUE(WaitFor(samples.HasAtLeast(1))) << "the subscription outlives the withdrawal";
     EXPECT_EQ(samples.Values()[0], 9U);
 
     consumer.SetAvailabilityHandler([&late](bool up) { late.Put(up); });

@@ -2,11 +2,8 @@
 #define ORX_TESTS_UNIT_APP_RECORDING_MAINTAIND_H
 
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,66 +14,47 @@
 
 namespace orx::test {
 
+namespace types = vorx::vcc::api::types;
+
 // A maintenance interface that records every call the core makes, in order, for the tests to
 // read. Registered with RegisterDfxInterface like the plug-in's client. Thread-safe.
 class RecordingMaintaind : public vorx::vcc::OrxMaintaindInterface {
   public:
-    using DriverType = vorx::vcc::api::types::DriverType;
-    using EventMap = BindingMap<vorx::vcc::api::types::EventInfo>;
-    using MethodMap = BindingMap<vorx::vcc::api::types::MethodInfo>;
-    using FieldMap = BindingMap<vorx::vcc::api::types::FieldInfo>;
-    using ModeHandler = std::function<void(const vorx::vcc::api::types::LatencyAnalysisMode&)>;
-    using QueryHandler = std::function<vorx::vcc::api::types::LatencyResult()>;
+    using DriverType = types::DriverType;
+    using ModeHandler = std::function<void(const types::LatencyAnalysisMode&)>;
+    using QueryHandler = std::function<types::LatencyResult()>;
 
-    // One call: its operation name and what it carried.
+    // One call: its operation name ("InitializeAll", "RegisterEvent", "UnregisterEvent"...) and
+    // what it carried.
     struct Call {
-        std::string
-            op;  // "InitializeAll", "RegisterNodePid", "RegisterEvent", "UnregisterEvent"...
+        std::string op;
         bool isPub{false};
         uint16_t serviceId{0};
         std::vector<uint32_t> entityIds;  // withdrawals: the keys of the outer map
-        EventMap events;
-        MethodMap methods;
-        FieldMap fields;
-        std::vector<vorx::vcc::api::types::EventE2EConfigInfo> e2e;
-        ModeHandler modeHandler;
-        QueryHandler queryHandler;
-        std::shared_ptr<vorx::vcc::api::types::EventInfo> queryInfo;
+        BindingMap<types::EventInfo> events;
+        BindingMap<types::MethodInfo> methods;
+        BindingMap<types::FieldInfo> fields;
+        std::vector<types::EventE2EConfigInfo> e2e;
+        std::shared_ptr<types::EventInfo> queryInfo;
         DriverType queryDriver{DriverType::PROLOC};
-
-        static Call Of(std::string name, bool pub = false) {
-            Call call;
-            call.op = std::move(name);
-            call.isPub = pub;
-            return call;
-        }
     };
 
     // A sample-timeout listener that records its notices.
-    class Listener : public vorx::vcc::api::types::SubscriberListener {
+    class Listener : public types::SubscriberListener {
       public:
-        void OnSampleTimeout(const vorx::vcc::api::types::ListenerTimeoutInfo& info,
-                             DriverType driverType) override {
-            {
-                std::lock_guard<std::mutex> lock(mutex_);
-                notices_.push_back({info, driverType});
-            }
-            changed_.notify_all();
+        using Notice = std::pair<types::ListenerTimeoutInfo, DriverType>;
+        void OnSampleTimeout(const types::ListenerTimeoutInfo& info, DriverType driver) override {
+            std::lock_guard<std::mutex> lock(mutex_);
+            notices_.push_back({info, driver});
         }
-        std::vector<std::pair<vorx::vcc::api::types::ListenerTimeoutInfo, DriverType>> Notices()
-            const {
+        std::vector<Notice> Notices() const {
             std::lock_guard<std::mutex> lock(mutex_);
             return notices_;
-        }
-        bool WaitForNotices(size_t count, std::chrono::milliseconds timeout) const {
-            std::unique_lock<std::mutex> lock(mutex_);
-            return changed_.wait_for(lock, timeout, [&] { return notices_.size() >= count; });
         }
 
       private:
         mutable std::mutex mutex_;
-        mutable std::condition_variable changed_;
-        std::vector<std::pair<vorx::vcc::api::types::ListenerTimeoutInfo, DriverType>> notices_;
+        std::vector<Notice> notices_;
     };
 
     // Makes one and registers it as the process's maintenance interface.
@@ -86,82 +64,51 @@ class RecordingMaintaind : public vorx::vcc::OrxMaintaindInterface {
         return recorder;
     }
 
-    void InitializeAll() override { Add(Call::Of("InitializeAll")); }
+    void InitializeAll() override { Add("InitializeAll"); }
     void RegisterNodePid(const uint16_t& serviceId) override {
-        Call call = Call::Of("RegisterNodePid");
-        call.serviceId = serviceId;
-        Add(std::move(call));
+        Add("RegisterNodePid", false, [&](Call& c) { c.serviceId = serviceId; });
     }
-    void RegisterNodePid(const std::string& /*serviceName*/) override {
-        Add(Call::Of("RegisterNodePidByName"));
+    void RegisterNodePid(const std::string&) override { Add("RegisterNodePidByName"); }
+    void RegisterEventInfoToMaintaind(const BindingMap<types::EventInfo>& infos,
+                                      const bool& isPub) override {
+        Add("RegisterEvent", isPub, [&](Call& c) { c.events = infos; });
     }
-    void RegisterEventInfoToMaintaind(const EventMap& infos, const bool& isPub) override {
-        Call call = Call::Of("RegisterEvent", isPub);
-        call.events = infos;
-        Add(std::move(call));
+    void UnregisterEventInfoToMaintaind(const EntityBindingMap<types::EventInfo>& infos,
+                                        const bool& isPub) override {
+        Add("UnregisterEvent", isPub, [&](Call& c) { c.entityIds = KeysOf(infos); });
     }
-    void UnregisterEventInfoToMaintaind(
-        const EntityBindingMap<vorx::vcc::api::types::EventInfo>& infos,
-        const bool& isPub) override {
-        Call call = Call::Of("UnregisterEvent", isPub);
-        for (const auto& [id, map] : infos) {
-            call.entityIds.push_back(id);
-            call.events.insert(map.begin(), map.end());
-        }
-        Add(std::move(call));
+    void RegisterMethodInfoToMaintaind(const BindingMap<types::MethodInfo>& infos,
+                                       const bool& isPub) override {
+        Add("RegisterMethod", isPub, [&](Call& c) { c.methods = infos; });
     }
-    void RegisterMethodInfoToMaintaind(const MethodMap& infos, const bool& isPub) override {
-        Call call = Call::Of("RegisterMethod", isPub);
-        call.methods = infos;
-        Add(std::move(call));
+    void UnregisterMethodInfoToMaintaind(const EntityBindingMap<types::MethodInfo>& infos,
+                                         const bool& isPub) override {
+        Add("UnregisterMethod", isPub, [&](Call& c) { c.entityIds = KeysOf(infos); });
     }
-    void UnregisterMethodInfoToMaintaind(
-        const EntityBindingMap<vorx::vcc::api::types::MethodInfo>& infos,
-        const bool& isPub) override {
-        Call call = Call::Of("UnregisterMethod", isPub);
-        for (const auto& [id, map] : infos) {
-            call.entityIds.push_back(id);
-        }
-        Add(std::move(call));
+    void RegisterFieldInfoToMaintaind(const BindingMap<types::FieldInfo>& infos,
+                                      const bool& isPub) override {
+        Add("RegisterField", isPub, [&](Call& c) { c.fields = infos; });
     }
-    void RegisterFieldInfoToMaintaind(const FieldMap& infos, const bool& isPub) override {
-        Call call = Call::Of("RegisterField", isPub);
-        call.fields = infos;
-        Add(std::move(call));
+    void UnregisterFieldInfoToMaintaind(const EntityBindingMap<types::FieldInfo>& infos,
+                                        const bool& isPub) override {
+        Add("UnregisterField", isPub, [&](Call& c) { c.entityIds = KeysOf(infos); });
     }
-    void UnregisterFieldInfoToMaintaind(
-        const EntityBindingMap<vorx::vcc::api::types::FieldInfo>& infos,
-        const bool& isPub) override {
-        Call call = Call::Of("UnregisterField", isPub);
-        for (const auto& [id, map] : infos) {
-            call.entityIds.push_back(id);
-        }
-        Add(std::move(call));
-    }
-    void RegisterLatencyMode(const ModeHandler& handler, const EventMap& infos,
+    void RegisterLatencyMode(const ModeHandler&, const BindingMap<types::EventInfo>& infos,
                              const bool& isPub) override {
-        Call call = Call::Of("RegisterLatencyMode", isPub);
-        call.modeHandler = handler;
-        call.events = infos;
-        Add(std::move(call));
+        Add("RegisterLatencyMode", isPub, [&](Call& c) { c.events = infos; });
     }
-    void RegisterLatencyQuery(const QueryHandler& handler,
-                              const std::shared_ptr<vorx::vcc::api::types::EventInfo>& info,
-                              const DriverType& driverType) override {
-        Call call = Call::Of("RegisterLatencyQuery");
-        call.queryHandler = handler;
-        call.queryInfo = info;
-        call.queryDriver = driverType;
-        Add(std::move(call));
+    void RegisterLatencyQuery(const QueryHandler&, const std::shared_ptr<types::EventInfo>& info,
+                              const DriverType& driver) override {
+        Add("RegisterLatencyQuery", false, [&](Call& c) {
+            c.queryInfo = info;
+            c.queryDriver = driver;
+        });
     }
-    void RegisterE2EInfoToMaintaind(
-        const std::vector<vorx::vcc::api::types::EventE2EConfigInfo>& configs) override {
-        Call call = Call::Of("RegisterE2E");
-        call.e2e = configs;
-        Add(std::move(call));
+    void RegisterE2EInfoToMaintaind(const std::vector<types::EventE2EConfigInfo>& e2e) override {
+        Add("RegisterE2E", false, [&](Call& c) { c.e2e = e2e; });
     }
-    vorx::vcc::api::types::ListenerDescriptor GetMaintaindClientListener() override {
-        vorx::vcc::api::types::ListenerDescriptor descriptor;
+    types::ListenerDescriptor GetMaintaindClientListener() override {
+        types::ListenerDescriptor descriptor;
         if (withListener_) {
             descriptor.listener = listener_;
             descriptor.kind = 2;
@@ -200,7 +147,22 @@ class RecordingMaintaind : public vorx::vcc::OrxMaintaindInterface {
     }
 
   private:
-    void Add(Call call) {
+    template <class Map>
+    static std::vector<uint32_t> KeysOf(const Map& infos) {
+        std::vector<uint32_t> keys;
+        for (const auto& entry : infos) {
+            keys.push_back(entry.first);
+        }
+        return keys;
+    }
+    void Add(const std::string& op, bool isPub = false,
+             const std::function<void(Call&)>& fill = nullptr) {
+        Call call;
+        call.op = op;
+        call.isPub = isPub;
+        if (fill) {
+            fill(call);
+        }
         std::lock_guard<std::mutex> lock(mutex_);
         calls_.push_back(std::move(call));
     }

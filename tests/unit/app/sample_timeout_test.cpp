@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <vector>
+#include "app_test_util.h"
 
 namespace {
 
-using namespace std::chrono_literals;
+using orx::test::Inbox;
+using orx::test::WaitFor;
 using vorx::vcc::EventController;
 using vorx::vcc::app::SampleTimeoutMonitor;
 using vorx::vcc::app::TimeoutWatch;
@@ -49,48 +47,25 @@ TEST(TimeoutWatchTest, ReportsOncePerThresholdOfSilenceWithARunningCount) {
     EXPECT_EQ(verdict.count, 4U);
 }
 
-// Collects the counts the monitor reports.
-class Counts {
-  public:
-    void Add(uint32_t count) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        counts_.push_back(count);
-        changed_.notify_all();
-    }
-    bool WaitFor(size_t size, std::chrono::milliseconds timeout) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, timeout, [&] { return counts_.size() >= size; });
-    }
-    std::vector<uint32_t> Get() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return counts_;
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<uint32_t> counts_;
-};
-
 TEST(SampleTimeoutMonitorTest, ChecksOnTheControllerAndStopsForGood) {
     auto controller = std::make_shared<EventController>();
-    Counts counts;
+    Inbox<uint32_t> counts;
     auto monitor = std::make_shared<SampleTimeoutMonitor>(
-        20, [&counts](uint32_t count) { counts.Add(count); }, controller);
+        20, [&counts](uint32_t count) { counts.Put(count); }, controller);
 
     monitor->Start();
-    ASSERT_TRUE(counts.WaitFor(2, 5s));
+    ASSERT_TRUE(WaitFor(counts.HasAtLeast(2)));
     monitor->Stop();
-    const size_t atStop = counts.Get().size();
+    const size_t atStop = counts.Values().size();
     EXPECT_FALSE(monitor->Watching());
-    EXPECT_EQ(counts.Get()[0], 1U);
-    EXPECT_EQ(counts.Get()[1], 2U);
+    EXPECT_EQ(counts.Values()[0], 1U);
+    EXPECT_EQ(counts.Values()[1], 2U);
     EXPECT_EQ(controller->PendingCount(), 0U) << "no check is left behind";
-    EXPECT_EQ(counts.Get().size(), atStop) << "nothing runs after Stop returned";
+    EXPECT_EQ(counts.Values().size(), atStop) << "nothing runs after Stop returned";
 
     monitor->Start();
-    ASSERT_TRUE(counts.WaitFor(atStop + 1, 5s));
-    EXPECT_EQ(counts.Get()[atStop], atStop + 1) << "a restart keeps counting";
+    ASSERT_TRUE(WaitFor(counts.HasAtLeast(atStop + 1)));
+    EXPECT_EQ(counts.Values()[atStop], atStop + 1) << "a restart keeps counting";
     monitor.reset();  // the destructor stops it
     EXPECT_EQ(controller->PendingCount(), 0U);
 }

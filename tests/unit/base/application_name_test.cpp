@@ -2,29 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
-#include "test_config.h"
-
 namespace vorx::vcc {
 namespace {
 
-TEST(ApplicationNameTest, NameComesFromOrxJson) {
+TEST(ApplicationNameTest, TheNameIsWhatTheProcessConfigured) {
     const auto name = ApplicationName::GetInstance();
     ASSERT_NE(name, nullptr);
     EXPECT_EQ(name, ApplicationName::GetInstance());
-    EXPECT_EQ(name->GetAppName(), test::kTestAppName);
-}
-
-TEST(ApplicationNameTest, NameIsEmptyWithoutOrxJson) {
-    // The name is read once per process: ask in a fresh one.
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            setenv("ORX_CONFIG", "/nonexistent/orx.json", 1);
-            std::exit(ApplicationName::GetInstance()->GetAppName().empty() ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
+    EXPECT_EQ(name->GetAppName(), "") << "nothing read on its own";
+    ApplicationName::Configure("radar");
+    EXPECT_EQ(name->GetAppName(), "radar");
 }
 
 }  // namespace

@@ -2,11 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "ara/kelda/common/log/testing.h"
-#include "test_config.h"
 #include "vorx/vcc/register_dfx_interface.h"
 
 namespace vorx::vcc {
@@ -20,8 +18,7 @@ TEST(DfxPluginLoaderTest, MissingOrBadPluginIsOneWarningAndTheProcessRunsOn) {
     RegisterDfxInterface::RegisterOrxMaintaindInterface(nullptr);  // no leftovers of other tests
     const uint32_t clientsBefore = RegisterDfxInterface::OrxMaintaindRegistrationCount();
 
-    // Nothing configured (no argument, no environment, no path in orx.json).
-    EXPECT_FALSE(DfxPluginLoader::Load());
+    EXPECT_FALSE(DfxPluginLoader::Load(""));
     EXPECT_EQ(
         sink->Count(LogLevel::kInfo, "DFX plug-in not configured, maintenance reporting is off"),
         1U)
@@ -33,16 +30,10 @@ TEST(DfxPluginLoaderTest, MissingOrBadPluginIsOneWarningAndTheProcessRunsOn) {
     EXPECT_FALSE(DfxPluginLoader::Load(missing));
     EXPECT_EQ(sink->CountContaining(LogLevel::kWarn, missing), 1U) << sink->Dump();
     EXPECT_EQ(sink->CountContaining(LogLevel::kWarn, "No such file or directory"), 1U);
-
-    // A file that is not a library.
-    const std::string notALibrary = test::WriteConfigFile("not_a_library", "{}");
-    EXPECT_FALSE(DfxPluginLoader::Load(notALibrary));
-    EXPECT_EQ(sink->CountContaining(LogLevel::kWarn, notALibrary), 1U) << sink->Dump();
-
-    // A library that registers nothing, named by the environment.
-    setenv("ORX_DFX_PLUGIN", VCC_EMPTY_PLUGIN_PATH, 1);
-    EXPECT_FALSE(DfxPluginLoader::Load());
-    unsetenv("ORX_DFX_PLUGIN");
+    // A file that is not a library, and a library that registers nothing.
+    EXPECT_FALSE(DfxPluginLoader::Load("/dev/null"));
+    EXPECT_EQ(sink->CountContaining(LogLevel::kWarn, "[path=/dev/null"), 1U) << sink->Dump();
+    EXPECT_FALSE(DfxPluginLoader::Load(VCC_EMPTY_PLUGIN_PATH));
     EXPECT_EQ(sink->CountContaining(LogLevel::kWarn, "registered no maintenance interface"), 1U)
         << sink->Dump();
 
@@ -63,19 +54,8 @@ TEST(DfxPluginLoaderTest, PluginRegistersItsInterfacesOnceWhenLoaded) {
 
     // Loaded at most once: later calls, whatever their path, change nothing.
     EXPECT_TRUE(DfxPluginLoader::Load(VCC_EMPTY_PLUGIN_PATH));
-    EXPECT_TRUE(DfxPluginLoader::Load());
+    EXPECT_TRUE(DfxPluginLoader::Load(""));
     EXPECT_EQ(RegisterDfxInterface::OrxMaintaindRegistrationCount(), clientsBefore + 1);
-}
-
-TEST(DfxPluginLoaderTest, PluginPathComesFromOrxJsonWhenNotGiven) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            test::UseConfig("plugin", std::string(R"({"dfx": {"pluginPath": ")") +
-                                          VCC_TEST_PLUGIN_PATH + "\"}}");
-            std::exit(DfxPluginLoader::Load() && DfxPluginLoader::Loaded() ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -51,23 +51,5 @@ TEST(ErrorDomainTest, ErrorCodesCompareByDomainAndValue) {
     EXPECT_THROW(a.ThrowAsException(), Exception);
 }
 
-TEST(ErrorDomainTest, ResultHoldsValueOrError) {
-    const Result<int> value = 4;
-    EXPECT_TRUE(value.HasValue());
-    EXPECT_EQ(value.ValueOr(9), 4);
-    EXPECT_EQ(value.ValueOrThrow(), 4);
-
-    const auto error = Result<int>::FromError(ErrorCode(ComErrc::kServiceNotOffered));
-    EXPECT_FALSE(error);
-    EXPECT_EQ(error.ValueOr(9), 9);
-    EXPECT_EQ(error.Error(), ErrorCode(ComErrc::kServiceNotOffered));
-    EXPECT_THROW(error.ValueOrThrow(), Exception);
-
-    const auto voidError = Result<void>::FromError(ErrorCode(ComErrc::kServiceNotOffered));
-    EXPECT_FALSE(voidError.HasValue());
-    EXPECT_THROW(voidError.ValueOrThrow(), Exception);
-    EXPECT_TRUE(Result<void>::FromValue().HasValue());
-}
-
 }  // namespace
 }  // namespace ara::core

@@ -13,7 +13,7 @@
 #include "ara/core/exception.h"
 #include "ara/core/promise.h"
 #include "ara/kelda/common/log/testing.h"
-#include "wait_for.h"
+#include "orx/test/wait.h"
 
 namespace ara::core {
 namespace {
@@ -39,7 +39,7 @@ TEST(FutureTest, ValueAndErrorCompletedFromAnotherThread) {
     Future<std::string> future = promise.get_future();
     std::atomic<bool> go{false};
     std::thread producer([&] {
-        vorx::vcc::test::WaitFor([&] { return go.load(); });
+        orx::test::WaitFor([&] { return go.load(); });
         promise.set_value("reply");
     });
     EXPECT_FALSE(future.is_ready());

@@ -1,25 +1,12 @@
 #ifndef TESTS_UNIT_BASE_WAIT_FOR_H
 #define TESTS_UNIT_BASE_WAIT_FOR_H
 
-#include <chrono>
-#include <thread>
-
+#include "orx/test/wait.h"
 #include "vorx/vcc/event_controller.h"
 
 namespace vorx::vcc::test {
 
-// Polls `condition` until it holds or `timeout` passes; returns whether it held.
-template <typename Condition>
-bool WaitFor(Condition condition, std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
-    }
-    return true;
-}
+using orx::test::WaitFor;
 
 // Keeps the calling thread busy for `ns` nanoseconds of the monotonic clock: a job that "works".
 inline void BusyFor(long ns) {

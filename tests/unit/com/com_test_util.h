@@ -2,13 +2,12 @@
 #define TESTS_UNIT_COM_COM_TEST_UTIL_H
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "orx/test/wait.h"
+#include "orx/test/watched.h"
 #include "vorx/vcc/handle_type.h"
 
 namespace vorx::vcc::test {
@@ -32,18 +31,15 @@ class FoundLists {
   public:
     FindServiceHandler Handler() {
         return [this](ServiceHandleContainer handles) {
-            std::lock_guard<std::mutex> lock(mutex_);
-            lists_.push_back(std::move(handles));
-            changed_.notify_all();
+            lists_.Change([&](auto& lists) { lists.push_back(std::move(handles)); });
         };
     }
 
     // Waits until the latest list satisfies `predicate`.
     bool WaitForLast(const std::function<bool(const ServiceHandleContainer&)>& predicate,
                      std::chrono::milliseconds timeout = 2s) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, timeout,
-                                 [&] { return !lists_.empty() && predicate(lists_.back()); });
+        return lists_.WaitFor(
+            [&](const auto& lists) { return !lists.empty() && predicate(lists.back()); }, timeout);
     }
 
     bool WaitForSize(size_t size, std::chrono::milliseconds timeout = 2s) {
@@ -51,34 +47,14 @@ class FoundLists {
                            timeout);
     }
 
-    std::vector<ServiceHandleContainer> All() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return lists_;
-    }
-
-    size_t Calls() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return lists_.size();
-    }
+    std::vector<ServiceHandleContainer> All() const { return lists_.Get(); }
+    size_t Calls() const { return lists_.Get().size(); }
 
   private:
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<ServiceHandleContainer> lists_;
+    orx::test::Watched<std::vector<ServiceHandleContainer>> lists_;
 };
 
-// Waits until `condition` holds, checking every millisecond; false when `timeout` passed.
-inline bool WaitUntil(const std::function<bool()>& condition,
-                      std::chrono::milliseconds timeout = 2s) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(1ms);
-    }
-    return true;
-}
+using orx::test::WaitFor;
 
 }  // namespace vorx::vcc::test
 

@@ -97,19 +97,5 @@ TEST_F(DiscoveryTest, StoppedSearchIsNeverCalledAgainAndMayStopFromInsideItsHand
     Proxy::StopFindService(FindServiceHandle{});  // unknown handles are ignored
 }
 
-TEST_F(DiscoveryTest, DdsSearchFromDiscoveryInfoFindsTheDdsOffer) {
-    auto info = std::make_shared<driver::dds::DDSServiceDiscoveryInfo>();
-    info->SetServiceId(0x1234);
-    info->SetServiceName("/test/RadarService");  // instance left undefined: any instance
-    FoundLists found;
-    const FindServiceHandle handle = Proxy::StartFindService(found.Handler(), info);
-    Skeleton skeleton(TestService("3", api::types::DriverType::DDS));
-    ASSERT_TRUE(skeleton.OfferService());
-    ASSERT_TRUE(found.WaitForSize(1));
-    EXPECT_EQ(found.All().back()[0].GetInstanceId(), "3");
-    EXPECT_EQ(found.All().back()[0].GetDriverType(), api::types::DriverType::DDS);
-    Proxy::StopFindService(handle);
-}
-
 }  // namespace
 }  // namespace vorx::vcc::test

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -10,6 +8,7 @@
 #include "orx/maintaind/service.h"
 #include "orx/maintaind/types.h"
 #include "orx/test/log_capture.h"
+#include "orx/test/watched.h"
 #include "vorx/vcc/driver/driver_registry.h"
 #include "vorx/vcc/proxy.h"
 #include "vorx/vcc/skeleton.h"
@@ -32,24 +31,6 @@ LatencySwitch Order(uint16_t serviceId) {
     order.latencyIndex.driverTypes = {orx::maintaind::DriverType::DDS};
     return order;
 }
-
-// Counts receive-handler calls and remembers the threads they ran on.
-struct HandlerCalls {
-    void Call() {
-        std::lock_guard<std::mutex> lock(mutex);
-        ++count;
-        threads.push_back(std::this_thread::get_id());
-        changed.notify_all();
-    }
-    bool WaitFor(int atLeast) {
-        std::unique_lock<std::mutex> lock(mutex);
-        return changed.wait_for(lock, 2s, [&] { return count >= atLeast; });
-    }
-    std::mutex mutex;
-    std::condition_variable changed;
-    int count = 0;
-    std::vector<std::thread::id> threads;
-};
 
 class EventChannelTest : public orx::test::LogCaptureTest,
                          public ::testing::WithParamInterface<PayloadMode> {
@@ -75,14 +56,20 @@ class EventChannelTest : public orx::test::LogCaptureTest,
         return samples;
     }
 
+    // The threads the receive handler ran on. Declared before the proxy, so that a handler run
+    // still queued when a test body ends finds it alive until the proxy has stopped.
+    orx::test::Watched<std::vector<std::thread::id>> calls_;
     std::unique_ptr<Skeleton> skeleton_;
     std::unique_ptr<Proxy> proxy_;
 };
 
 TEST_P(EventChannelTest, CacheKeepsTheNewestInOrderAndMaxCountLimitsOneRead) {
-    HandlerCalls calls;
     proxy_->SetEventThreadNumber(0, 1024);
-    proxy_->SetReceiveHandler([&calls] { calls.Call(); }, kEventId);
+    proxy_->SetReceiveHandler(
+        [this] {
+            calls_.Change([](auto& threads) { threads.push_back(std::this_thread::get_id()); });
+        },
+        kEventId);
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 3));
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kMarkerId, nullptr, 1));
 
@@ -91,7 +78,7 @@ TEST_P(EventChannelTest, CacheKeepsTheNewestInOrderAndMaxCountLimitsOneRead) {
     }
     // The driver delivers in publishing order: once the marker is there, so are the five.
     ASSERT_TRUE(skeleton_->Send(kMarkerId, Order(99)));
-    ASSERT_TRUE(WaitUntil([&] { return Drain(10, kMarkerId).size() == 1; }));
+    ASSERT_TRUE(WaitFor([&] { return Drain(10, kMarkerId).size() == 1; }));
 
     const auto oldest = Drain(2);
     ASSERT_EQ(oldest.size(), 2u);
@@ -103,9 +90,8 @@ TEST_P(EventChannelTest, CacheKeepsTheNewestInOrderAndMaxCountLimitsOneRead) {
     EXPECT_TRUE(Drain(10).empty());
 
     // The handler ran, on the proxy's event thread, not on the publisher's.
-    ASSERT_TRUE(calls.WaitFor(1));
-    std::lock_guard<std::mutex> lock(calls.mutex);
-    for (const auto& thread : calls.threads) {
+    ASSERT_TRUE(calls_.WaitFor([](const auto& threads) { return !threads.empty(); }));
+    for (const auto& thread : calls_.Get()) {
         EXPECT_NE(thread, std::this_thread::get_id());
     }
 }
@@ -115,32 +101,28 @@ TEST_P(EventChannelTest, HandlerSetAfterSamplesArrivedIsCalledForThem) {
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kMarkerId, nullptr, 1));
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(1)));
     ASSERT_TRUE(skeleton_->Send(kMarkerId, Order(99)));
-    ASSERT_TRUE(WaitUntil([&] { return Drain(10, kMarkerId).size() == 1; }));
+    ASSERT_TRUE(WaitFor([&] { return Drain(10, kMarkerId).size() == 1; }));
 
-    HandlerCalls calls;
-    std::vector<LatencySwitch> seen;
+    orx::test::Watched<std::vector<LatencySwitch>> seen;
     proxy_->SetReceiveHandler(
         [&] {
             auto samples = Drain(10);  // on the event thread, as the plug-in reads them
-            std::lock_guard<std::mutex> lock(calls.mutex);
-            seen.insert(seen.end(), samples.begin(), samples.end());
+            seen.Change([&](auto& all) { all.insert(all.end(), samples.begin(), samples.end()); });
         },
         kEventId);
-    ASSERT_TRUE(WaitUntil([&] {
-        std::lock_guard<std::mutex> lock(calls.mutex);
-        return seen.size() == 1;
-    }));
-    std::lock_guard<std::mutex> lock(calls.mutex);
-    EXPECT_EQ(seen[0], Order(1));
+    ASSERT_TRUE(seen.WaitFor([](const auto& all) { return all.size() == 1; }));
+    EXPECT_EQ(seen.Get()[0], Order(1));
 }
 
 TEST_P(EventChannelTest, SecondSubscriptionIsRefusedAndUnsubscribeStopsDelivery) {
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 10));
     EXPECT_FALSE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 10));
-    EXPECT_EQ(Log().Count(Level::kWarn, "Event subscription alreay initialized 30161"), 1u);
+    EXPECT_EQ(Log().Count(Level::kWarn,
+                          "Event subscription alreay initialized " + std::to_string(kEventId)),
+              1u);
 
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(1)));
-    ASSERT_TRUE(WaitUntil([&] { return Drain(10).size() == 1; }));
+    ASSERT_TRUE(WaitFor([&] { return Drain(10).size() == 1; }));
 
     proxy_->Unsubscribe(kEventId);
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(2)));
@@ -149,7 +131,7 @@ TEST_P(EventChannelTest, SecondSubscriptionIsRefusedAndUnsubscribeStopsDelivery)
     ASSERT_TRUE(proxy_->Subscribe<LatencySwitch>(kEventId, nullptr, 10));
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(3)));
     std::vector<LatencySwitch> again;
-    ASSERT_TRUE(WaitUntil([&] {
+    ASSERT_TRUE(WaitFor([&] {
         again = Drain(10);
         return !again.empty();
     }));
@@ -164,7 +146,7 @@ TEST_P(EventChannelTest, SubscriptionOutlivesWithdrawAndReoffer) {
     ASSERT_TRUE(skeleton_->OfferService());
     ASSERT_TRUE(skeleton_->Send(kEventId, Order(2)));
     std::vector<LatencySwitch> samples;
-    ASSERT_TRUE(WaitUntil([&] {
+    ASSERT_TRUE(WaitFor([&] {
         samples = Drain(10);
         return !samples.empty();
     }));

@@ -11,47 +11,42 @@ namespace {
 using namespace ara::kelda::common::orxConfigParser;
 
 void ExpectNothingConfigured(const ParseJsonToGetConfig& config) {
-    EXPECT_EQ(config.GetAppName(), "");
-    EXPECT_EQ(config.GetLogLevel(), "");
-    EXPECT_EQ(config.GetLogFile(), "");
-    EXPECT_EQ(config.GetPluginPath(), "");
     EXPECT_EQ(config.GetInstanceId(), "");
     EXPECT_EQ(config.GetNetworkIp(), std::make_pair(std::string(), false));
     EXPECT_TRUE(config.GetResourceAttr().empty());
     EXPECT_EQ(config.Document(), nlohmann::json::object());
 }
 
-TEST_F(ConfigFileTest, MissingFileMeansNotConfiguredWithoutErrors) {
-    const std::string path = Dir() + "/absent.json";
-    ParseJsonToGetConfig config(path);
-    ExpectNothingConfigured(config);
-    EXPECT_EQ(config.FilePath(), path);
-    EXPECT_EQ(OrxConfigParser(path).GetSnapshotConfig().timeoutThreshold, 0u);
+TEST_F(ConfigFileTest, MissingFileIsQuietAndASyntaxErrorNamesLineAndColumn) {
+    const std::string absent = Dir() + "/absent.json";
+    ParseJsonToGetConfig missing(absent);
+    ExpectNothingConfigured(missing);
+    EXPECT_EQ(missing.FilePath(), absent);
+    EXPECT_TRUE(missing.Problems().empty());
+    EXPECT_EQ(OrxConfigParser(absent).GetSnapshotConfig().timeoutThreshold, 0u);
     EXPECT_EQ(Errors(), 0u) << capture_->Dump();
-}
 
-TEST_F(ConfigFileTest, SyntaxErrorIsOneErrorNamingLineAndColumn) {
     // The trailing comma is only noticed at the closing brace: line 4, column 3.
     const std::string path = WriteFile(
         "{\n"
-        "  \"application\": { \"name\": \"demo\" },\n"
+        "  \"maintenance\": { \"instanceId\": \"1\" },\n"
         "  \"dfx\": { \"sampleTimeoutThresholdMs\": 10 },\n"
         "  }\n");
-    ParseJsonToGetConfig config(path);
-    ExpectNothingConfigured(config);
-    ASSERT_EQ(Errors(), 1u) << capture_->Dump();
+    ParseJsonToGetConfig broken(path);
+    ExpectNothingConfigured(broken);
     EXPECT_EQ(ErrorsContaining("[OrxConfigParser][Config file is not valid JSON, treated as not "
                                "configured][file=" +
                                path + ", line=4, column=3, reason=syntax error"),
               1u)
         << capture_->Dump();
-
-    capture_->Clear();
+    ASSERT_EQ(broken.Problems().size(), 1u);
+    EXPECT_EQ(broken.Problems()[0].origin, SettingOrigin::File(path, ""));
+    EXPECT_EQ(broken.Problems()[0].reason.rfind("not valid JSON at line=4, column=3: ", 0), 0u);
+    // A fresh parser reads, and reports, again.
     EXPECT_EQ(OrxConfigParser(path).GetSnapshotConfig().timeoutThreshold, 0u);
-    EXPECT_EQ(ErrorsContaining("line=4, column=3"), 1u) << capture_->Dump();
+    EXPECT_EQ(ErrorsContaining("line=4, column=3"), 2u);
 
     // An empty file fails at its very start.
-    capture_->Clear();
     ExpectNothingConfigured(ParseJsonToGetConfig(WriteFile("", "empty.json")));
     EXPECT_EQ(ErrorsContaining("line=1, column=1"), 1u) << capture_->Dump();
 }
@@ -74,8 +69,6 @@ TEST_F(ConfigFileTest, FileThatIsNoObjectOrCannotBeReadIsOneError) {
                   .timeoutThreshold,
               0u);
     EXPECT_EQ(Errors(), 1u) << capture_->Dump();
-
-    // Every one of these lines goes to the "CM" logger.
     for (const auto& record : capture_->Records()) {
         EXPECT_EQ(record.contextId, "CM");
     }

@@ -2,24 +2,22 @@
 #define TESTS_UNIT_CONFIG_CONFIG_TEST_FIXTURE_H
 
 #include <stdlib.h>
-#include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "ara/kelda/common/log/log.h"
 #include "ara/kelda/common/log/testing.h"
 
-// Each test gets its own directory for config files and a capture of the log lines; the console
-// stays quiet and ORX_CONFIG is cleared afterwards.
+// Each test gets its own directory for config files, removed afterwards, and a capture of the
+// log lines; the console stays quiet and ORX_CONFIG is cleared afterwards.
 class ConfigFileTest : public ::testing::Test {
   protected:
     using LogLevel = ara::kelda::common::log::LogLevel;
 
     void SetUp() override {
-        savedConsole_ = ara::kelda::common::log::ConsoleThreshold();
         ara::kelda::common::log::SetConsoleThreshold(LogLevel::kOff);
         char dir[] = "/tmp/orx_config_test_XXXXXX";
         ASSERT_NE(mkdtemp(dir), nullptr);
@@ -27,9 +25,7 @@ class ConfigFileTest : public ::testing::Test {
     }
     void TearDown() override {
         unsetenv("ORX_CONFIG");
-        std::string command = "rm -rf '" + dir_ + "'";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        ara::kelda::common::log::SetConsoleThreshold(savedConsole_);
+        std::filesystem::remove_all(dir_);
     }
 
     // Writes `content` to a file of that name in the test's directory and returns its path.
@@ -38,7 +34,7 @@ class ConfigFileTest : public ::testing::Test {
         std::ofstream(path, std::ios::trunc) << content;
         return path;
     }
-    std::string Dir() const { return dir_; }
+    const std::string& Dir() const { return dir_; }
     size_t Errors() const { return capture_->CountContaining(LogLevel::kError, ""); }
     size_t ErrorsContaining(const std::string& part) const {
         return capture_->CountContaining(LogLevel::kError, part);
@@ -48,7 +44,6 @@ class ConfigFileTest : public ::testing::Test {
 
   private:
     std::string dir_;
-    LogLevel savedConsole_ = LogLevel::kInfo;
 };
 
 #endif  // TESTS_UNIT_CONFIG_CONFIG_TEST_FIXTURE_H

@@ -20,7 +20,6 @@
 #include "orx/test/log_capture.h"
 #include "vorx/vcc/api/types/entity_info.h"
 #include "vorx/vcc/driver/driver_registry.h"
-#include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
 #include "vorx/vcc/proxy.h"
 
 namespace orx::maintaind::daemon::test {

@@ -182,62 +182,6 @@ TEST_F(DaemonServiceTest, MutatedReportsAreAllAnsweredAndNeverBreakTheDaemon) {
               std::optional<uint8_t>(0));
 }
 
-TEST_F(DaemonServiceTest, AnsweredReportsSurviveARestart) {
-    StartDaemon();
-    probe_->Run(100, 77);
-    ASSERT_EQ(Register(NodeReport("radar", 100, true)), std::optional<uint8_t>(0));
-    ASSERT_EQ(Register(EventReport("radar", 100, "/demo/Brake", true, "BrakeTopic")),
-              std::optional<uint8_t>(0));
-    ASSERT_EQ(Register(LatencyReport("hud", "BrakeTopic", 1, LatencyMode::ENABLE, 9)),
-              std::optional<uint8_t>(0));
-    const auto before =
-        Tools<tools::AllDataReply>(tools::kQueryAllDataTypeId, tools::QueryFilter{});
-
-    StartDaemon();  // a new daemon on the same file
-    const auto after = Tools<tools::AllDataReply>(tools::kQueryAllDataTypeId, tools::QueryFilter{});
-    EXPECT_EQ(after, before);
-
-    // The stored node is still watched: its process is gone by now.
-    probe_->End(100);
-    EXPECT_EQ(daemon_->CheckLivenessNow(), 1U);
-    EXPECT_TRUE(WaitFor([&] { return !Nodes().nodes.at(0).online; }));
-
-    DaemonSettings fresh = Settings();
-    fresh.fresh = true;
-    StartDaemon(fresh);
-    EXPECT_TRUE(Nodes().nodes.empty());
-}
-
-TEST_F(DaemonServiceTest, VanishedProcessesAreShownOfflineWithTheReason) {
-    DaemonSettings settings = Settings();
-    settings.livenessPeriod = 20ms;
-    StartDaemon(settings);
-    probe_->Run(100, 77);
-    probe_->Run(101, 78);
-    ASSERT_EQ(Register(NodeReport("radar", 100, true)), std::optional<uint8_t>(0));
-    ASSERT_EQ(Register(NodeReport("hud", 101, true)), std::optional<uint8_t>(0));
-    ASSERT_EQ(Register(EventReport("radar", 100, "E", true, "T")), std::optional<uint8_t>(0));
-
-    probe_->End(100);                                                               // crashed
-    ASSERT_EQ(Register(NodeReport("hud", 101, false)), std::optional<uint8_t>(0));  // orderly
-    ASSERT_TRUE(WaitFor([&] {
-        const auto nodes = Nodes().nodes;
-        return nodes.size() == 2 && !nodes[0].online && !nodes[1].online;
-    }));
-    const auto nodes = Nodes().nodes;
-    EXPECT_EQ(nodes[0].offlineReason, "offline report");
-    EXPECT_EQ(nodes[1].offlineReason, "process gone");
-    tools::QueryFilter onlineOnly;
-    onlineOnly.onlineOnly = true;
-    EXPECT_TRUE(Events(onlineOnly).events.empty()) << "entities of a gone node are not online";
-    EXPECT_FALSE(Events().events.at(0).online);
-    EXPECT_TRUE(Log().WaitForContaining(
-        Level::kInfo, "Node offline[appName=radar, pid=100, reason=process gone]", 1, 2s));
-    EXPECT_EQ(Log().CountContaining(Level::kInfo,
-                                    "Node offline[appName=hud, pid=101, reason=offline report]"),
-              1U);
-}
-
 TEST_F(DaemonServiceTest, ManyClientsAtOnceAreAllStored) {
     StartDaemon();
     constexpr int kClients = 8;
@@ -262,12 +206,6 @@ TEST_F(DaemonServiceTest, ManyClientsAtOnceAreAllStored) {
     EXPECT_EQ(accepted.load(), kClients * kReports);
     const auto events = Events();
     EXPECT_EQ(events.total, static_cast<uint32_t>(kClients * kReports));
-    tools::QueryFilter capped;
-    capped.maxEntries = 10;
-    const auto few = Events(capped);
-    EXPECT_EQ(few.events.size(), 10U);
-    EXPECT_TRUE(few.truncated);
-    EXPECT_EQ(few.total, static_cast<uint32_t>(kClients * kReports));
 }
 
 }  // namespace

@@ -1,10 +1,7 @@
 // Doubles and builders shared by the maintenance daemon's unit tests: a scriptable process probe,
-// a settable clock, report builders, a temporary directory, and a condition wait with deadline.
+// a settable clock and report builders.
 #ifndef TESTS_UNIT_DAEMON_DAEMON_TEST_SUPPORT_H
 #define TESTS_UNIT_DAEMON_DAEMON_TEST_SUPPORT_H
-
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -13,7 +10,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include <ostream>
 #include <type_traits>
@@ -21,6 +17,8 @@
 #include "liveness/process_probe.h"
 #include "orx/maintaind/app.h"
 #include "orx/maintaind/json.h"
+#include "orx/test/temp_dir.h"
+#include "orx/test/wait.h"
 #include "registry/wall_clock.h"
 
 // Records print as JSON in failure messages, for the record types of each namespace.
@@ -181,7 +179,6 @@ inline AppRegisterInfo LatencyReport(const std::string& app, const std::string& 
                                      LatencyMode mode = LatencyMode::ENABLE,
                                      uint64_t maxLatency = 0, uint16_t serviceId = 0x10) {
     AppRegisterInfo report;
-    report.kind = static_cast<uint8_t>(ReportKind::LATENCY);
     LatencyInfo& info = report.latencyInfo;
     info.type = type;
     info.appName = app;
@@ -201,7 +198,6 @@ inline AppRegisterInfo LatencyReport(const std::string& app, const std::string& 
 
 inline AppRegisterInfo TimeoutReport(const std::string& listener, uint32_t count) {
     AppRegisterInfo report;
-    report.kind = static_cast<uint8_t>(ReportKind::LISTENER);
     ListenerParams& params = report.listenerParams[ListenerType::SAMPLE_TIMEOUT];
     params.listenerName = listener;
     params.sampleTimeout = 100;
@@ -209,43 +205,8 @@ inline AppRegisterInfo TimeoutReport(const std::string& listener, uint32_t count
     return report;
 }
 
-// A fresh directory under $TMPDIR (or /tmp), removed with its content at the end of the scope.
-class TempDir {
-  public:
-    TempDir() {
-        const char* base = std::getenv("TMPDIR");
-        std::string pattern = std::string(base != nullptr ? base : "/tmp") + "/maintaind-XXXXXX";
-        path_ = ::mkdtemp(pattern.data()) != nullptr ? pattern : std::string();
-    }
-    ~TempDir() {
-        if (!path_.empty()) {
-            const std::string command = "rm -rf '" + path_ + "'";
-            if (std::system(command.c_str()) != 0) {
-                // Best effort: a leftover temporary directory does no harm.
-            }
-        }
-    }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const std::string& Path() const { return path_; }
-    std::string File(const std::string& name) const { return path_ + "/" + name; }
-
-  private:
-    std::string path_;
-};
-
-// Polls `condition` until it holds or `timeout` passes; returns whether it held.
-template <class Condition>
-bool WaitFor(Condition condition, std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
+using orx::test::TempDir;
+using orx::test::WaitFor;
 
 }  // namespace orx::maintaind::daemon::test
 

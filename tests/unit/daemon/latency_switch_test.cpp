@@ -8,7 +8,7 @@ namespace {
 
 using Level = ara::kelda::common::log::LogLevel;
 
-// Subscribes SwitchApplicationLatency like an application does and keeps what arrives.
+// Subscribes the latency switch event like an application does and keeps what arrives.
 class SwitchListener {
   public:
     explicit SwitchListener(const vorx::vcc::HandleType& handle) : proxy_(handle) {

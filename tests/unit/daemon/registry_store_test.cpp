@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sqlite3.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "daemon_test_support.h"
 #include "registry/registry_updater.h"
@@ -119,28 +116,6 @@ TEST_F(RegistryStoreTest, SavedStateComesBackAfterReopeningAndDeletesStick) {
     RegistryState empty = Load(*fresh);
     EXPECT_TRUE(empty.nodes.empty());
     EXPECT_TRUE(empty.events.empty());
-}
-
-TEST_F(RegistryStoreTest, WhatWasSavedSurvivesAKillWithoutClosing) {
-    const RegistryState state = Populated();
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        StoreStatus status;
-        auto store = RegistryStore::Open(dir_.File("sub/dir/registry.db"), false, status);
-        const bool saved = store && store->Save(state, AllKeys(state)).ok;
-        // Like kill -9 right after answering: no close, no checkpoint, no destructors.
-        if (saved) {
-            ::raise(SIGKILL);
-        }
-        ::_exit(3);
-    }
-    int wstatus = 0;
-    ASSERT_EQ(::waitpid(child, &wstatus, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(wstatus)) << "the child could not save";
-    auto store = Open();
-    ASSERT_NE(store, nullptr);
-    ExpectSameState(state, Load(*store));
 }
 
 TEST_F(RegistryStoreTest, BadRowsAreSkippedAndForeignFilesRefused) {

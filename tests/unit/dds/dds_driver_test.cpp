@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <future>
 #include <mutex>
 #include <thread>
 
 #include "orx/maintaind/service.h"
+#include "orx/test/watched.h"
 #include "vorx/driver/dds/dds_driver.h"
 
 namespace {
@@ -41,33 +41,7 @@ vcc::ServiceDescription Service(const std::string& instanceId) {
     return desc;
 }
 
-// Condition variable plus state, for waiting on callbacks with a deadline.
-template <class State>
-class Watched {
-  public:
-    template <class F>
-    void Change(F&& change) {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            change(state_);
-        }
-        changed_.notify_all();
-    }
-    template <class P>
-    bool WaitFor(P&& condition, std::chrono::milliseconds timeout = kTimeout) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, timeout, [&] { return condition(state_); });
-    }
-    State Get() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return state_;
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    State state_{};
-};
+using orx::test::Watched;
 
 vcc::ServerCallbacks EchoServer(const std::shared_ptr<DdsDriver>& driver) {
     vcc::ServerCallbacks callbacks;
@@ -235,21 +209,32 @@ TEST(DdsDriver, EventsReachSubscribersOfTheSameService) {
         found.Change([&](auto& list) { list = handles; });
     });
     ASSERT_TRUE(found.WaitFor([](const auto& list) { return list.size() == 1; }));
-    Watched<std::vector<uint64_t>> sequences;
+    Watched<std::vector<vcc::EventSample>> samples;
     vcc::ClientCallbacks callbacks;
     callbacks.onEvent = [&](const vcc::EventSample& sample) {
-        sequences.Change([&](auto& all) { all.push_back(sample.sequence); });
+        samples.Change([&](auto& all) { all.push_back(sample); });
     };
     const auto id = client->Connect(found.Get().front(), callbacks);
     ASSERT_TRUE(client->Subscribe(id, 9));
-    for (int i = 0; i < 5; ++i) {
+    const long before = static_cast<long>(vorx::driver::dds::MonotonicNowNs());
+    for (uint8_t i = 1; i <= 5; ++i) {
         vcc::EventSample sample;
         sample.entityId = 9;
-        sample.payload = vcc::Payload::FromBytes({1, 2, 3});
+        sample.payload = vcc::Payload::FromBytes({i, 2, 3});
         EXPECT_TRUE(server->Publish(provider, std::move(sample)));
     }
-    EXPECT_TRUE(sequences.WaitFor([](const auto& all) { return all.size() == 5; }))
-        << sequences.Get().size();
+    ASSERT_TRUE(samples.WaitFor([](const auto& all) { return all.size() == 5; }))
+        << samples.Get().size();
+    const long after = static_cast<long>(vorx::driver::dds::MonotonicNowNs());
+    // In order, numbered, and stamped with the sender's monotonic time (the latency figures).
+    const auto all = samples.Get();
+    for (size_t i = 0; i < all.size(); ++i) {
+        EXPECT_EQ(all[i].entityId, 9U);
+        EXPECT_EQ(all[i].sequence, i + 1);
+        EXPECT_EQ(all[i].payload.GetBytes().at(0), i + 1);
+        EXPECT_GE(all[i].sendTimeNs, before);
+        EXPECT_LE(all[i].sendTimeNs, after);
+    }
     client->Disconnect(id);
     client->StopFind(find);
 }

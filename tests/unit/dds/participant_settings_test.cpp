@@ -12,28 +12,21 @@
 
 namespace {
 
+namespace config = ara::kelda::common::orxConfigParser;
 using ara::kelda::common::log::LogLevel;
 using ara::kelda::common::log::ScopedCaptureSink;
 using vorx::driver::dds::BuildCycloneConfig;
-using vorx::driver::dds::EnvLookup;
 using vorx::driver::dds::LoadParticipantSettings;
 using vorx::driver::dds::ParticipantSettings;
 
-EnvLookup Env(std::map<std::string, std::string> values) {
-    return [values](const std::string& name) -> std::optional<std::string> {
-        auto found = values.find(name);
-        if (found == values.end()) {
-            return std::nullopt;
-        }
-        return found->second;
-    };
-}
-
 ParticipantSettings Load(const std::string& json,
                          std::pair<std::string, bool> network = {"", false},
-                         std::map<std::string, std::string> env = {}) {
-    return LoadParticipantSettings(nlohmann::json::parse(json), "/etc/orx.json", network,
-                                   Env(std::move(env)));
+                         std::map<std::string, std::string> env = {},
+                         config::SettingsReport* report = nullptr) {
+    const auto document = nlohmann::json::parse(json);
+    config::ConfigReader file(document, "/etc/orx.json");
+    return LoadParticipantSettings(&file, network, config::FixedEnvironment(std::move(env)),
+                                   report);
 }
 
 bool Has(const std::string& text, const std::string& part) {
@@ -41,23 +34,15 @@ bool Has(const std::string& text, const std::string& part) {
 }
 
 TEST(ParticipantSettings, DefaultsKeepEverythingOnLoopback) {
-    const ParticipantSettings settings = Load("{}");
-    EXPECT_EQ(settings.domainId, 0u);
-    EXPECT_EQ(settings.networkInterface, "127.0.0.1");
-    EXPECT_FALSE(settings.allowMulticast);
-    EXPECT_EQ(settings.peers, std::vector<std::string>{"127.0.0.1"});
-    EXPECT_GE(settings.maxAutoParticipantIndex, 40u);
-    EXPECT_GE(settings.leaseDurationMs, 2000u);
-    EXPECT_LE(settings.leaseDurationMs, 3000u);
-
-    const std::string xml = BuildCycloneConfig(settings);
-    EXPECT_TRUE(Has(xml, "<NetworkInterface address=\"127.0.0.1\"/>")) << xml;
-    EXPECT_TRUE(Has(xml, "<AllowMulticast>false</AllowMulticast>")) << xml;
-    EXPECT_TRUE(Has(xml, "<Peers><Peer address=\"127.0.0.1\"/></Peers>")) << xml;
-    EXPECT_TRUE(Has(xml, "<ParticipantIndex>auto</ParticipantIndex>")) << xml;
-    EXPECT_TRUE(Has(xml, "<MaxAutoParticipantIndex>63</MaxAutoParticipantIndex>")) << xml;
-    EXPECT_TRUE(Has(xml, "<LeaseDuration>3000 ms</LeaseDuration>")) << xml;
-    // Nothing but the loopback address appears anywhere.
+    const std::string xml = BuildCycloneConfig(Load("{}"));
+    for (const char* part :
+         {"<NetworkInterface address=\"127.0.0.1\"/>", "<AllowMulticast>false</AllowMulticast>",
+          "<Peers><Peer address=\"127.0.0.1\"/></Peers>",
+          "<ParticipantIndex>auto</ParticipantIndex>",
+          "<MaxAutoParticipantIndex>63</MaxAutoParticipantIndex>",
+          "<LeaseDuration>3000 ms</LeaseDuration>"}) {
+        EXPECT_TRUE(Has(xml, part)) << part << "\n" << xml;
+    }
     EXPECT_FALSE(Has(xml, "Multicast>true")) << xml;
     // A receive buffer that large answers fit in, but never more than the kernel grants (Cyclone
     // would not start).
@@ -113,21 +98,31 @@ TEST(ParticipantSettings, OrxJsonAndEnvironmentOverrideInOrder) {
     EXPECT_FALSE(settings.allowMulticast);
 
     // The environment has the last word on the domain; CYCLONEDDS_URI hands
-    // the whole configuration to Cyclone as it stands.
-    settings = Load(R"({"dds": {"domainId": 17}})", {"", false},
-                    {{"ORX_DDS_DOMAIN", "42"}, {"CYCLONEDDS_URI", "file:///etc/cyclone.xml"}});
+    // the whole configuration to Cyclone as it stands. Every value knows where it came from.
+    config::SettingsReport report;
+    settings =
+        Load(R"({"dds": {"domainId": 17, "leaseDurationMs": 2500}})", {"10.0.0.9", false},
+             {{"ORX_DDS_DOMAIN", "42"}, {"CYCLONEDDS_URI", "file:///etc/cyclone.xml"}}, &report);
     EXPECT_EQ(settings.domainId, 42u);
     EXPECT_EQ(BuildCycloneConfig(settings), "file:///etc/cyclone.xml");
+    EXPECT_EQ(report.OriginOf("dds.domainId"),
+              config::SettingOrigin::Environment("ORX_DDS_DOMAIN"));
+    EXPECT_EQ(report.OriginOf("dds.leaseDurationMs"),
+              config::SettingOrigin::File("/etc/orx.json", "dds.leaseDurationMs"));
+    EXPECT_EQ(report.OriginOf("dds.networkInterface"),
+              config::SettingOrigin::File("/etc/orx.json", "maintenance.network.address"));
+    EXPECT_EQ(report.OriginOf("dds.peers"), config::SettingOrigin::Default());
     EXPECT_EQ(Load("{}", {"", false}, {{"CYCLONEDDS_URI", ""}}).cycloneUri, "");
 }
 
 TEST(ParticipantSettings, BadValuesAreReportedOnceAndIgnored) {
     ScopedCaptureSink capture;
+    config::SettingsReport report;
     const ParticipantSettings settings =
         Load(R"({"dds": {"domainId": 500, "peers": "10.0.0.2", "networkInterface": 7,
                          "leaseDurationMs": 5, "maxAutoParticipantIndex": 0,
                          "allowMulticast": "yes"}})",
-             {"", false}, {{"ORX_DDS_DOMAIN", "12x"}});
+             {"", false}, {{"ORX_DDS_DOMAIN", "12x"}}, &report);
     EXPECT_EQ(settings, ParticipantSettings());
     for (const char* key :
          {"dds.domainId", "dds.peers", "dds.networkInterface", "dds.leaseDurationMs",
@@ -138,13 +133,21 @@ TEST(ParticipantSettings, BadValuesAreReportedOnceAndIgnored) {
             << key << "\n"
             << capture->Dump();
     }
-    EXPECT_EQ(capture->CountContaining(LogLevel::kError, "ORX_DDS_DOMAIN][value=12x"), 1u)
+    EXPECT_EQ(capture->CountContaining(LogLevel::kError,
+                                       "key=dds.domainId, value=500, reason=out of range, must be "
+                                       "an integer from 0 to 232]"),
+              1u);
+    EXPECT_EQ(capture->CountContaining(LogLevel::kError,
+                                       "[variable=ORX_DDS_DOMAIN, value=12x, reason=must be an "
+                                       "integer from 0 to 232]"),
+              1u)
         << capture->Dump();
+    ASSERT_EQ(report.problems.size(), 1u) << "the file's problems stay with the file's reader";
+    EXPECT_EQ(report.problems[0].origin, config::SettingOrigin::Environment("ORX_DDS_DOMAIN"));
 
-    // A "dds" that is not an object, or a document that is not one: defaults.
+    // A "dds" that is not an object, or no file at all: defaults.
     EXPECT_EQ(Load(R"({"dds": [1, 2]})"), ParticipantSettings());
-    EXPECT_EQ(LoadParticipantSettings(nlohmann::json(), "", {"", false}, nullptr),
-              ParticipantSettings());
+    EXPECT_EQ(LoadParticipantSettings(nullptr, {"", false}, nullptr), ParticipantSettings());
 }
 
 TEST(ParticipantSettings, ConfigurationTextEscapesItsValues) {

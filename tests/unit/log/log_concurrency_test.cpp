@@ -1,15 +1,11 @@
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "ara/kelda/common/log/file_sink.h"
 #include "ara/kelda/common/log/log.h"
 #include "ara/kelda/common/log/testing.h"
 #include "quiet_console.h"
@@ -44,37 +40,26 @@ std::string Payload(int thread, int line) {
            std::string(64, static_cast<char>('a' + thread));
 }
 
-void LogMany(const std::shared_ptr<Log>& log, int thread) {
-    for (int line = 0; line < kLinesPerThread; ++line) {
-        // Several pieces per line, so interleaving would show.
-        log->LogInfo() << "thread " << thread << " line " << line << " "
-                       << std::string(32, static_cast<char>('a' + thread))
-                       << std::string(32, static_cast<char>('a' + thread));
-    }
-}
-
 using LogConcurrencyTest = QuietConsoleTest;
 
 TEST_F(LogConcurrencyTest, LinesFromManyThreadsNeverInterleaveAndNoneIsLost) {
     ScopedCaptureSink capture;
     auto overlap = std::make_shared<OverlapSink>();
     AddSink(overlap);
-    char path[] = "/tmp/kelda_log_concurrency_XXXXXX";
-    const int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    close(fd);
-    auto file = FileSink::Open(path, LogLevel::kInfo);
-    ASSERT_TRUE(file);
-    AddSink(file);
-
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([t] { LogMany(Log::GetLog("THREADS"), t); });
+        threads.emplace_back([t] {
+            const std::string half(32, static_cast<char>('a' + t));
+            for (int line = 0; line < kLinesPerThread; ++line) {
+                // Several pieces per line, so interleaving would show.
+                Log::GetLog("THREADS")->LogInfo()
+                    << "thread " << t << " line " << line << " " << half << half;
+            }
+        });
     }
     for (auto& thread : threads) {
         thread.join();
     }
-    RemoveSink(file);
     RemoveSink(overlap);
 
     EXPECT_EQ(overlap->Overlaps(), 0);
@@ -83,25 +68,10 @@ TEST_F(LogConcurrencyTest, LinesFromManyThreadsNeverInterleaveAndNoneIsLost) {
     std::vector<int> next(kThreads, 0);
     for (const auto& line : lines) {
         const int thread = std::atoi(line.second.c_str() + 7);
-        ASSERT_GE(thread, 0);
-        ASSERT_LT(thread, kThreads);
+        ASSERT_TRUE(thread >= 0 && thread < kThreads) << line.second;
         // Whole, and in each thread's own order.
-        ASSERT_EQ(line.second, Payload(thread, next[thread]));
-        ++next[thread];
+        ASSERT_EQ(line.second, Payload(thread, next[thread]++));
     }
-
-    std::ifstream in(path);
-    std::string fileLine;
-    size_t fileLines = 0;
-    while (std::getline(in, fileLine)) {
-        ++fileLines;
-        const auto textStart = fileLine.find("[-:THREADS] ");
-        ASSERT_NE(textStart, std::string::npos) << fileLine;
-        const std::string text = fileLine.substr(textStart + 12);
-        ASSERT_EQ(text, Payload(std::atoi(text.c_str() + 7), std::atoi(text.c_str() + 14)));
-    }
-    EXPECT_EQ(fileLines, static_cast<size_t>(kThreads * kLinesPerThread));
-    unlink(path);
 }
 
 TEST_F(LogConcurrencyTest, SinksAndLoggersCanComeAndGoWhileOthersLog) {

@@ -1,3 +1,5 @@
+// Setting logging up: once per process, by whoever comes first. Each case runs its set-up in a
+// child process of its own, where logging has not been set up yet.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -5,7 +7,6 @@
 #include <fstream>
 #include <regex>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -16,88 +17,99 @@ namespace {
 
 using namespace ara::kelda::common::log;
 
-std::vector<std::string> ReadLines(const std::string& path) {
+// One console line as the console sink writes it, up to the text.
+const std::string kHead = R"([0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}\.[0-9]{3}Z \[)";
+
+std::string LastLine(const std::string& path) {
     std::ifstream in(path);
-    std::vector<std::string> lines;
     std::string line;
-    while (std::getline(in, line)) {
-        lines.push_back(line);
+    for (std::string next; std::getline(in, next);) {
+        line = next;
     }
-    return lines;
+    return line;
 }
 
-// Sets environment variables for one test and removes them afterwards.
+std::string TempPath(const char* name) {
+    return "/tmp/kelda_log_init_" + std::to_string(getpid()) + "_" + name;
+}
+
 class LogInitTest : public ::testing::Test {
   protected:
-    void TearDown() override {
-        unsetenv("ORX_LOG_LEVEL");
-        unsetenv("ORX_LOG_FILE");
-        if (!logFile_.empty()) {
-            unlink(logFile_.c_str());
-        }
-    }
-    std::string MakeLogFile() {
-        char path[] = "/tmp/kelda_log_init_XXXXXX";
-        const int fd = mkstemp(path);
-        close(fd);
-        logFile_ = path;
-        return logFile_;
-    }
-
-  private:
-    std::string logFile_;
+    void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-TEST_F(LogInitTest, EnvironmentChoosesTheLevelAndAddsOneLogFile) {
-    const std::string file = MakeLogFile();
-    setenv("ORX_LOG_LEVEL", "error", 1);
-    setenv("ORX_LOG_FILE", file.c_str(), 1);
+// What the DFX plug-in does in InitializeAll must not change what the application set up: not
+// its level (debug stays on, info stays off), its log file or its line prefix.
+TEST_F(LogInitTest, ThePluginsInitLogKeepsTheApplicationsLogging) {
+    EXPECT_EXIT(
+        {
+            const std::string file = TempPath("app.log");
+            const std::string other = TempPath("other.log");
+            Log::SetUp({"radar", "APP", LogLevel::kDebug, file, "application"});
+            setenv("ORX_LOG_LEVEL", "error", 1);
+            setenv("ORX_LOG_FILE", other.c_str(), 1);
+            Log::InitLog("CM_LOG", "CM");
+            const bool secondSetUp = Log::SetUp({"x", "X", LogLevel::kOff, other, ""});
+            Log::GetLog("CM")->LogDebug() << "debug after the plug-in";
+            const bool kept =
+                !secondSetUp && ConsoleThreshold() == LogLevel::kDebug &&
+                Log::GetDefaultLog()->ContextId() == "APP" && access(other.c_str(), F_OK) != 0 &&
+                std::regex_match(LastLine(file),
+                                 std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z \[debug\] )"
+                                            R"(\[\d+:\d+\] \[radar:CM\] debug after the plug-in)"));
+            unlink(file.c_str());
+            std::exit(kept ? 0 : 1);
+        },
+        testing::ExitedWithCode(0),
+        kHead + R"(debug\] \[[0-9]+:[0-9]+\] \[radar:CM\] debug after)");
 
-    Log::InitLog("APP", "CTX", LogLevel::kVerbose, "test application");
-    EXPECT_EQ(ConsoleThreshold(), LogLevel::kError);
-    auto log = Log::GetDefaultLog();
-    EXPECT_EQ(log->ContextId(), "CTX");
-    EXPECT_EQ(log, Log::GetLog("CTX"));
-    SetConsoleThreshold(LogLevel::kOff);  // keep the test output clean; the file stays at error
-    log->LogWarn() << "below the file's threshold";
-    log->LogError() << "into the file";
-
-    auto lines = ReadLines(file);
-    ASSERT_EQ(lines.size(), 1u);
-    const std::regex format(
-        R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z \[error\] \[\d+:\d+\] \[APP:CTX\] into the file)");
-    EXPECT_TRUE(std::regex_match(lines[0], format)) << lines[0];
-
-    // A second call only updates: new ids and level, the same single file sink.
-    unsetenv("ORX_LOG_LEVEL");
-    Log::InitLog("APP2", "CTX2", LogLevel::kInfo);
-    EXPECT_EQ(ConsoleThreshold(), LogLevel::kInfo);
-    SetConsoleThreshold(LogLevel::kOff);
-    EXPECT_EQ(Log::GetDefaultLog()->ContextId(), "CTX2");
-    log->LogInfo() << "second";
-    lines = ReadLines(file);
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_NE(lines[1].find("[info]"), std::string::npos) << lines[1];
-    EXPECT_NE(lines[1].find("[APP2:CTX] second"), std::string::npos) << lines[1];
+    EXPECT_EXIT(
+        {
+            Log::SetUp({"radar", "APP", LogLevel::kError, "", "application"});
+            Log::InitLog("CM_LOG", "CM", LogLevel::kVerbose);
+            Log::GetLog("CM")->LogInfo() << "info after the plug-in";
+            Log::GetLog("CM")->LogError() << "error after the plug-in";
+            std::exit(!Log::GetLog("CM")->IsEnabled(LogLevel::kInfo) ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), R"(\[error\] \[[0-9]+:[0-9]+\] \[radar:CM\] error after)");
 }
 
-TEST_F(LogInitTest, InvalidEnvironmentLevelFallsBackToTheArgumentWithAWarning) {
-    ScopedCaptureSink capture;
-    setenv("ORX_LOG_LEVEL", "chatty", 1);
-    Log::InitLog("APP", "CTX", LogLevel::kWarn);
-    EXPECT_EQ(ConsoleThreshold(), LogLevel::kWarn);
-    EXPECT_TRUE(capture->Contains(
-        LogLevel::kWarn, "[Log][Invalid ORX_LOG_LEVEL ignored][value=chatty, used=warning]"))
-        << capture->Dump();
+TEST_F(LogInitTest, InitLogTakesLevelAndFileFromTheEnvironmentAndReportsBadOnesOnce) {
+    EXPECT_EXIT(
+        {
+            const std::string file = TempPath("env.log");
+            setenv("ORX_LOG_LEVEL", "error", 1);
+            setenv("ORX_LOG_FILE", file.c_str(), 1);
+            Log::InitLog("APP", "CTX", LogLevel::kVerbose, "test application");
+            SetConsoleThreshold(LogLevel::kOff);  // the file keeps its own threshold
+            Log::GetDefaultLog()->LogWarn() << "below the threshold";
+            Log::GetDefaultLog()->LogError() << "into the file";
+            const std::string line = LastLine(file);
+            unlink(file.c_str());
+            std::exit(line.find("[error]") != std::string::npos &&
+                              line.find("[APP:CTX] into the file") != std::string::npos &&
+                              Log::GetDefaultLog() == Log::GetLog("CTX")
+                          ? 0
+                          : 1);
+        },
+        testing::ExitedWithCode(0), "");
 
-    // A log file that cannot be opened is reported, and logging goes on.
-    unsetenv("ORX_LOG_LEVEL");
-    setenv("ORX_LOG_FILE", "/nonexistent-dir/orx.log", 1);
-    Log::InitLog("APP", "CTX", LogLevel::kWarn);
-    EXPECT_EQ(capture->CountContaining(LogLevel::kWarn,
-                                       "[Log][Cannot open log file][file=/nonexistent-dir/orx.log"),
-              1u)
-        << capture->Dump();
+    EXPECT_EXIT(
+        {
+            ScopedCaptureSink capture;
+            setenv("ORX_LOG_LEVEL", "chatty", 1);
+            setenv("ORX_LOG_FILE", "/nonexistent-dir/orx.log", 1);
+            Log::InitLog("APP", "CTX", LogLevel::kWarn);
+            Log::InitLog("CM_LOG", "CM");
+            std::exit(ConsoleThreshold() == LogLevel::kWarn &&
+                              capture->Count(LogLevel::kWarn,
+                                             "[Log][Invalid ORX_LOG_LEVEL ignored][value=chatty, "
+                                             "used=warning]") == 1 &&
+                              capture->CountContaining(LogLevel::kWarn, "[Log][") == 2
+                          ? 0
+                          : 1);
+        },
+        testing::ExitedWithCode(0), R"(\[Log\]\[Cannot open log file\]\[file=/nonexistent-dir/)");
 }
 
 TEST(LogForkTest, ForkedChildReportsItsOwnPidAndThreadId) {
@@ -117,7 +129,6 @@ TEST(LogForkTest, ForkedChildReportsItsOwnPidAndThreadId) {
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    SetConsoleThreshold(LogLevel::kInfo);
 }
 
 // Logs from a destructor that runs during static destruction, as process-wide singletons do.
@@ -125,12 +136,10 @@ struct Farewell {
     ~Farewell() { Log::GetLog("EXIT")->LogError() << "farewell from a static destructor"; }
 };
 
-TEST(LogExitTest, LoggerKeepsWorkingDuringStaticDestruction) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+TEST_F(LogInitTest, LoggerKeepsWorkingDuringStaticDestruction) {
     EXPECT_EXIT(
         {
             static Farewell farewell;
-            SetConsoleThreshold(LogLevel::kInfo);
             std::exit(0);
         },
         ::testing::ExitedWithCode(0),

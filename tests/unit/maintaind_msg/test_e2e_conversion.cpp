@@ -3,6 +3,7 @@
 #include <set>
 
 #include "orx/maintaind/config/orx_maintaind_config.h"
+#include "orx/test/record_filler.h"
 
 namespace {
 
@@ -19,50 +20,34 @@ TEST(E2EConversionTest, NullConfigGivesDefaultRecord) {
 }
 
 TEST(E2EConversionTest, EveryMemberIsCopied) {
-    auto config = std::make_shared<E2EXfConfig>();
-    config->profile = E2EXf_Profile::PROFILE_22;
-    config->dataIdList = {7U, 0xFFFFFFFFU, 9U};
-    config->isE2EEnabled = true;
-    config->isDisableE2ECheck = true;
-    config->dataLength = 1001U;
-    config->maxDataLength = 1002U;
-    config->counterOffset = 1003U;
-    config->crcOffset = 1004U;
-    config->dataIdMode = E2EXf_DataIDMode::E2E_DATAID_NIBBLE;
-    config->maxDeltaCounter = 11U;
-    config->maxErrorStateInit = 12U;
-    config->minOkStateInit = 13U;
-    config->windowSizeInit = 14U;
-    config->maxErrorStateValid = 15U;
-    config->minOkStateValid = 16U;
-    config->windowSizeValid = 17U;
-    config->maxErrorStateInvalid = 18U;
-    config->minOkStateInvalid = 19U;
-    config->isCheckEnabled = true;
-    config->windowSizeInvalid = 100000U;
-
-    const E2EConfigInfo out = OrxMaintaindConfig().ChangeE2EInfoToTransportStruct(config);
-
-    EXPECT_EQ(out.profile, E2EProfile::PROFILE_22);
-    EXPECT_EQ(out.dataIdList, (std::vector<uint32_t>{7U, 0xFFFFFFFFU, 9U}));
-    EXPECT_TRUE(out.isE2EEnabled);
-    EXPECT_TRUE(out.isDisableE2ECheck);
-    EXPECT_EQ(out.dataLength, 1001U);
-    EXPECT_EQ(out.maxDataLength, 1002U);
-    EXPECT_EQ(out.counterOffset, 1003U);
-    EXPECT_EQ(out.crcOffset, 1004U);
-    EXPECT_EQ(out.dataIdMode, E2EDataIDMode::NIBBLE);
-    EXPECT_EQ(out.maxDeltaCounter, 11U);
-    EXPECT_EQ(out.maxErrorStateInit, 12U);
-    EXPECT_EQ(out.minOkStateInit, 13U);
-    EXPECT_EQ(out.windowSizeInit, 14U);
-    EXPECT_EQ(out.maxErrorStateValid, 15U);
-    EXPECT_EQ(out.minOkStateValid, 16U);
-    EXPECT_EQ(out.windowSizeValid, 17U);
-    EXPECT_EQ(out.maxErrorStateInvalid, 18U);
-    EXPECT_EQ(out.minOkStateInvalid, 19U);
-    EXPECT_TRUE(out.isCheckEnabled);
-    EXPECT_EQ(out.windowSizeInvalid, 100000U);
+    for (const uint64_t seed : {0U, 1U}) {  // every flag once each way
+        // Distinct values; the two enumerations take values that both tables carry.
+        E2EConfigInfo expected = orx::test::FilledRecord<E2EConfigInfo>({seed, 3, 3});
+        expected.profile = E2EProfile::PROFILE_22;
+        expected.dataIdMode = E2EDataIDMode::NIBBLE;
+        auto config = std::make_shared<E2EXfConfig>();
+        config->profile = E2EXf_Profile::PROFILE_22;
+        config->dataIdList = expected.dataIdList;
+        config->isE2EEnabled = expected.isE2EEnabled;
+        config->isDisableE2ECheck = expected.isDisableE2ECheck;
+        config->dataLength = expected.dataLength;
+        config->maxDataLength = expected.maxDataLength;
+        config->counterOffset = expected.counterOffset;
+        config->crcOffset = expected.crcOffset;
+        config->dataIdMode = E2EXf_DataIDMode::E2E_DATAID_NIBBLE;
+        config->maxDeltaCounter = expected.maxDeltaCounter;
+        config->maxErrorStateInit = expected.maxErrorStateInit;
+        config->minOkStateInit = expected.minOkStateInit;
+        config->windowSizeInit = expected.windowSizeInit;
+        config->maxErrorStateValid = expected.maxErrorStateValid;
+        config->minOkStateValid = expected.minOkStateValid;
+        config->windowSizeValid = expected.windowSizeValid;
+        config->maxErrorStateInvalid = expected.maxErrorStateInvalid;
+        config->minOkStateInvalid = expected.minOkStateInvalid;
+        config->isCheckEnabled = expected.isCheckEnabled;
+        config->windowSizeInvalid = expected.windowSizeInvalid;
+        EXPECT_EQ(OrxMaintaindConfig().ChangeE2EInfoToTransportStruct(config), expected);
+    }
 }
 
 TEST(E2EConversionTest, OnlyTabledProfilesAndDataIdModesAreCarried) {

@@ -2,8 +2,6 @@
 
 #include <type_traits>
 
-#include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
-
 namespace orx::orxmaint::test {
 
 namespace tools = maintaind::tools;
@@ -14,8 +12,7 @@ vorx::vcc::ServiceDescription ToolsService(const std::string& instanceId) {
     vorx::vcc::ServiceDescription desc;
     desc.serviceId = tools::kToolsServiceId;
     desc.instanceId = instanceId;
-    desc.serviceName =
-        vorx::vcc::orxmaintaind::type::OrxMaintaindType::GetInstance()->GetToolsServicePath();
+    desc.serviceName = std::string(maintaind::service::kToolsServicePath);
     desc.driverType = vorx::vcc::api::types::DriverType::DDS;
     return desc;
 }

@@ -35,32 +35,6 @@ nlohmann::json Printed(const std::vector<Entry>& entries, bool full) {
     return nlohmann::json::parse(text);
 }
 
-template <class Entry>
-void ExpectKeys(const Entry& entry, std::initializer_list<const char*> keys) {
-    const nlohmann::json array = Printed(std::vector<Entry>{entry, entry}, false);
-    ASSERT_TRUE(array.is_array());
-    ASSERT_EQ(array.size(), 2U);
-    for (const char* key : keys) {
-        EXPECT_TRUE(array[1].contains(key)) << key << " missing in " << array[1].dump();
-    }
-    EXPECT_FALSE(array[1].contains("record"));
-}
-
-TEST(JsonOutputTest, EveryListCarriesTheMembersScriptsNeed) {
-    ExpectKeys(test::Node("radar", 42, true), {"appName", "pid", "online", "host", "lastSeen"});
-    ExpectKeys(test::Event("radar", 42, "/demo/RadarService/Objects", true),
-               {"appName", "pid", "eventName", "serviceId", "instanceId", "isPub", "bindings",
-                "topicName"});
-    ExpectKeys(test::Method("radar", "Calibrate", true),
-               {"appName", "methodName", "serviceId", "instanceId", "isPub"});
-    ExpectKeys(test::Field("radar", "Mode", false), {"appName", "fieldName", "isPub"});
-    ExpectKeys(
-        test::Result("fusion", "Objects", 850, test::kNoonMs),
-        {"appName", "eventName", "minLatency", "maxLatency", "averageLatency", "notifyTime"});
-    ExpectKeys(test::Timeout("fusion", "ObjectsListener", 17),
-               {"appName", "listenerName", "sampleTimeout", "sampleTimeoutCount"});
-}
-
 TEST(JsonOutputTest, WritesEveryRecordAsToJsonDoes) {
     // Fully populated records reach every member type: nested records, enumerations, maps with
     // enumeration and text keys, vectors of numbers and of texts.

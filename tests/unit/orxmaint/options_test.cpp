@@ -86,12 +86,14 @@ TEST(OptionsTest, TakesGlobalOptionsBeforeOrAfterTheCommandAndFiltersOnTheComman
 
 TEST(OptionsTest, UsageErrorsEndWithCodeTwoAndSayWhatIsWrong) {
     const std::vector<std::vector<const char*>> bad = {
-        {},                                   // no command
-        {"frobnicate"},                       // unknown command
-        {"latency"},                          // latency without what
-        {"latency", "enable"},                // missing EVENT
-        {"events", "--service", "0x10000"},   // service id out of range
-        {"events", "--service", "12ab"},      // neither number nor path
+        {},                                  // no command
+        {"frobnicate"},                      // unknown command
+        {"latency"},                         // latency without what
+        {"latency", "enable"},               // missing EVENT
+        {"events", "--service", "0x10000"},  // service id out of range
+        {"events", "--service", "12ab"},     // neither number nor path
+        {"events", "--service", "0x"},       // no digits
+        {"events", "--service", "99999999999999999999"},
         {"events", "--side", "both"},         // side not pub or sub
         {"nodes", "--timeout-ms", "0"},       // no time at all
         {"nodes", "--timeout-ms", "soon"},    // not a number

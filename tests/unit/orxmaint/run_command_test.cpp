@@ -78,8 +78,11 @@ TEST_F(RunCommandTest, ListsWhatTheServiceAnswersWithTheFilterOfTheCommandLine) 
     EXPECT_TRUE(filter.withoutRecords) << "records are only asked for with --full";
 
     options.full = true;
+    options.service = "/demo/RadarService";
     ASSERT_EQ(Run(options), 0) << err_.str();
     EXPECT_FALSE(service.LastFilter().withoutRecords);
+    EXPECT_FALSE(service.LastFilter().hasServiceId);
+    EXPECT_EQ(service.LastFilter().serviceName, "/demo/RadarService");
 }
 
 TEST_F(RunCommandTest, EachCommandCallsItsMethod) {

@@ -33,18 +33,6 @@ TEST(ValuesTest, LatencyKeepsThreeSignificantFiguresWithAFittingUnit) {
     EXPECT_EQ(Latency(2500000), "2.50 s");
 }
 
-TEST(ValuesTest, ShortFormsOfIdsFlagsSidesAndBindings) {
-    EXPECT_EQ(HexId(0x12), "0x0012");
-    EXPECT_EQ(HexId(0xE001), "0xe001");
-    EXPECT_EQ(YesNo(true), "yes");
-    EXPECT_EQ(YesNo(false), "no");
-    EXPECT_EQ(Side(true), "pub");
-    EXPECT_EQ(Side(false), "sub");
-    EXPECT_EQ(Bindings({"DDS", "SOMEIP"}), "DDS,SOMEIP");
-    EXPECT_EQ(Bindings({}), "-");
-    EXPECT_EQ(OrDash(""), "-");
-}
-
 TEST(TableTest, AlignsColumnsByCharactersWithoutTrailingBlanks) {
     Table table({{"NAME"}, {"COUNT", Table::Align::kRight}, {"NOTE"}});
     table.AddRow({"radar", "7", "ok"});

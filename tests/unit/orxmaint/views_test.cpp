@@ -67,14 +67,6 @@ TEST_F(ViewsTest, NodesAreSortedByApplicationAndPidWithReadableStateAndSummary) 
               "3 nodes, 2 online\n");
 }
 
-TEST_F(ViewsTest, EmptyListsPrintOnlyTheSummary) {
-    EXPECT_EQ(Print(tools::NodeListReply{}, PrintNodes), "0 nodes, 0 online\n");
-    EXPECT_EQ(Print(tools::EventListReply{}, PrintEvents),
-              "0 events (0 pub, 0 sub) in 0 applications\n");
-    EXPECT_EQ(Print(tools::LatencyResultListReply{}, PrintLatencyResults),
-              "0 results from 0 applications\n");
-}
-
 TEST_F(ViewsTest, EventsShowSideBindingsIdsAndTopicThenCountBySide) {
     tools::EventListReply reply;
     reply.events = {Event("radar", 42, "/demo/RadarService/Objects", false),

@@ -1,9 +1,10 @@
-// The list of every maintenance record type, for typed tests.
+// The list of every maintenance record type, for typed tests, and filled records.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include "orx/maintaind/types.h"
+#include "orx/test/record_filler.h"
 
 namespace orx::maintaind::test {
 
@@ -15,5 +16,12 @@ using AllRecords =
                      EventE2EConfigInfo, AppE2EConfigInfo, NodePidInfo, NodeCommonRegisterInfo,
                      ListenerParams, LatencyIndex, LatencyModeAckInfo, LatencyResult,
                      LatencyResultInfo, LatencyInfo, AppRegisterInfo, ReturnCode, LatencySwitch>;
+
+// A record filled with `seed` (0 and 1 set every bool once each way), `elements` entries in
+// every sequence and map.
+template <class T>
+T Filled(uint64_t seed, std::size_t elements = 2) {
+    return orx::test::FilledRecord<T>({seed, elements, elements});
+}
 
 }  // namespace orx::maintaind::test

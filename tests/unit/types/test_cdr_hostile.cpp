@@ -1,17 +1,17 @@
-// The decoder on hostile input: every failure is an error value with its offset, never a crash,
-// a hang or a huge allocation; and whatever decodes re-encodes to the same bytes.
+// The decoder on hand-made hostile input: every failure is the right error value at the right
+// offset, never a crash, a hang or a huge allocation. Random and mutated input is the fuzz
+// target's job (tests/fuzz).
 #include <cstdint>
 #include <limits>
 #include <map>
-#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "all_records.h"
 #include "orx/maintaind/types.h"
-#include "record_filler.h"
 #include "vorx/serialize/cdr.h"
 
 namespace orx::maintaind::test {
@@ -74,24 +74,6 @@ TEST(CdrHostile, BadValuesAreNamedWithTheirOffset) {
               "CDR decode failed at offset 17: kBadBool (bool byte other than 0 or 1)");
 }
 
-TEST(CdrHostile, MapAndSetKeysMustStrictlyAscend) {
-    using Names = std::map<DriverType, std::string>;
-    const Bytes ordered = {2, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 'a', 0, 1, 0, 2, 0, 0, 0, 'b', 0};
-    EXPECT_TRUE(DecodeAs<Names>(ordered).ok());
-
-    Bytes swapped = ordered;
-    swapped[4] = 1;
-    swapped[14] = 0;
-    ExpectError(DecodeAs<Names>(swapped), DecodeError::kUnsortedMapKeys, 14);
-
-    Bytes repeated = ordered;
-    repeated[14] = 0;
-    ExpectError(DecodeAs<Names>(repeated), DecodeError::kUnsortedMapKeys, 14);
-
-    ExpectError(DecodeAs<std::set<uint8_t>>({3, 0, 0, 0, 1, 5, 5}), DecodeError::kUnsortedMapKeys,
-                6);
-}
-
 TEST(CdrHostile, LengthsAndCountsPastTheEndAreRefusedBeforeAllocating) {
     ExpectError(DecodeAs<std::string>({100, 0, 0, 0, 'a', 0}), DecodeError::kLengthPastEnd, 0);
     ExpectError(DecodeAs<std::vector<uint32_t>>({3, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0, 0}),
@@ -134,55 +116,6 @@ TEST(CdrHostile, NestingIsBoundedByTheDepthLimit) {
     const Bytes report = Encode(Filled<AppRegisterInfo>(1));
     EXPECT_EQ(DecodeAs<AppRegisterInfo>(report, shallow).error, DecodeError::kTooDeep);
     EXPECT_TRUE(DecodeAs<AppRegisterInfo>(report).ok());
-}
-
-TEST(CdrHostile, UnknownEnumValuesAreKeptAsNumbers) {
-    LatencySwitch order;
-    const Bytes bytes = {7, 0, 0, 0, 1, 0, 0, 0, 200, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0};
-    auto status = Decode(bytes, order);
-    ASSERT_TRUE(status.ok()) << status.Message();
-    EXPECT_EQ(static_cast<int>(order.mode), 7);
-    ASSERT_EQ(order.latencyIndex.driverTypes.size(), 1u);
-    EXPECT_EQ(static_cast<int>(order.latencyIndex.driverTypes[0]), 200);
-    EXPECT_EQ(Encode(order), bytes);
-}
-
-// Random and mutated inputs: decoding never crashes, and what decodes is canonical. Returns how
-// many inputs decoded, so callers can see the re-encoding check was exercised.
-template <class T>
-std::size_t FuzzDecode(const Bytes& valid, uint32_t seed) {
-    std::mt19937 random(seed);
-    std::size_t decodedOk = 0;
-    for (int i = 0; i < 1500; ++i) {
-        Bytes input;
-        if (i % 2 == 0) {
-            input.resize(random() % 300);
-            for (auto& byte : input) {
-                byte = static_cast<uint8_t>(random());
-            }
-        } else {
-            input = valid;
-            for (int flips = 1 + static_cast<int>(random() % 3); flips > 0; --flips) {
-                input[random() % input.size()] = static_cast<uint8_t>(random());
-            }
-        }
-        T value{};
-        auto status = Decode(input, value);
-        if (status.ok()) {
-            ++decodedOk;
-            EXPECT_EQ(Encode(value), input) << "iteration " << i;
-        } else {
-            EXPECT_LE(status.offset, input.size()) << status.Message();
-        }
-    }
-    return decodedOk;
-}
-
-TEST(CdrHostile, RandomAndMutatedBytesNeverBreakTheDecoder) {
-    EXPECT_GT(FuzzDecode<AppRegisterInfo>(Encode(Filled<AppRegisterInfo>(1)), 1), 0u);
-    EXPECT_GT(FuzzDecode<LatencySwitch>(Encode(Filled<LatencySwitch>(1)), 2), 0u);
-    EXPECT_GT(FuzzDecode<ReturnCode>(Encode(ReturnCode{1}), 3), 0u);
-    EXPECT_GT(FuzzDecode<MethodRegisterInfo>(Encode(Filled<MethodRegisterInfo>(0)), 4), 0u);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // Byte layout of the CDR encoding: alignment, padding, strings, sequences and map key order.
+// The layout of each record is pinned in test_record_layouts.cpp.
 #include <cstdint>
 #include <map>
 #include <string>
@@ -60,27 +61,6 @@ TEST(CdrLayout, SequenceElementsAreAlignedOnlyWhenPresent) {
     EXPECT_EQ(EncodedSize(Holder{{0x42}}), bytes.size());
 }
 
-TEST(CdrLayout, LatencySwitchHasTheDaemonsByteLayout) {
-    LatencySwitch order;
-    order.mode = LatencyMode::DISABLE;
-    order.latencyIndex.driverTypes = {DriverType::DDS, DriverType::SOMEIP};
-    order.latencyIndex.serviceId = 0x1234;
-    order.latencyIndex.instanceId = 0x0001;
-    order.latencyIndex.eventName = "ev";
-    order.latencyIndex.eventId = 0x0BCD;
-    const Bytes expected = {
-        0x01, 0,    0, 0,          // mode, padding
-        2,    0,    0, 0, 0,   1,  // driverTypes: one byte each although DriverType is 16 bits
-        0x34, 0x12,                // serviceId
-        0x01, 0x00,                // instanceId
-        0,    0,                   // padding to 4
-        3,    0,    0, 0, 'e', 'v', 0,
-        0,           // padding to 2
-        0xCD, 0x0B,  // eventId
-    };
-    EXPECT_EQ(Encode(order), expected);
-}
-
 TEST(CdrLayout, MapsAreWrittenInAscendingKeyOrder) {
     FieldRegisterInfo field;
     field.bindingNames[DriverType::PROLOC] = "c";
@@ -105,12 +85,6 @@ TEST(CdrLayout, MapsAreWrittenInAscendingKeyOrder) {
     EXPECT_EQ(eventBytes[20], static_cast<uint8_t>(DriverType::DDS));
     EXPECT_EQ(eventBytes[22], 0xCD);
     EXPECT_EQ(eventBytes[23], 0xAB);
-}
-
-TEST(CdrLayout, SmallRecordsHaveTheirMinimalSize) {
-    EXPECT_EQ(Encode(ReturnCode{1}), (Bytes{1}));
-    EXPECT_EQ(Encode(NodePidInfo{0x0102, true}), (Bytes{2, 1, 1}));
-    EXPECT_EQ(EncodedSize(ListenerParams{}), 16u);  // "" (5), padding (3), two uint32
 }
 
 }  // namespace

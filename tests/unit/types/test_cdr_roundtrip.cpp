@@ -1,7 +1,5 @@
 // Every record survives encode and decode unchanged, and the size counter agrees with the encoder.
 #include <cstdint>
-#include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -9,7 +7,6 @@
 
 #include "all_records.h"
 #include "orx/maintaind/types.h"
-#include "record_filler.h"
 #include "vorx/serialize/cdr.h"
 
 namespace orx::maintaind::test {
@@ -40,21 +37,12 @@ TYPED_TEST(CdrRoundTrip, FullyPopulatedRecordDecodesEqualAndSizesAgree) {
 }
 
 TYPED_TEST(CdrRoundTrip, DecodingOverAPopulatedRecordReplacesEveryMember) {
-    const TypeParam small = Filled<TypeParam>(0, 1);
-    TypeParam target = Filled<TypeParam>(1, 3);
-    auto status = Decode(Encode(small), target);
-    ASSERT_TRUE(status.ok()) << status.Message();
-    EXPECT_EQ(target, small);
-}
-
-TYPED_TEST(CdrRoundTrip, DefaultRecordRoundTrips) {
-    const TypeParam original{};
-    const std::vector<uint8_t> bytes = Encode(original);
-    EXPECT_EQ(EncodedSize(original), bytes.size());
-    TypeParam decoded = Filled<TypeParam>(1);
-    auto status = Decode(bytes, decoded);
-    ASSERT_TRUE(status.ok()) << status.Message();
-    EXPECT_EQ(decoded, original);
+    for (const TypeParam& small : {Filled<TypeParam>(0, 1), TypeParam{}}) {
+        TypeParam target = Filled<TypeParam>(1, 3);
+        auto status = Decode(Encode(small), target);
+        ASSERT_TRUE(status.ok()) << status.Message();
+        EXPECT_EQ(target, small);
+    }
 }
 
 TYPED_TEST(CdrRoundTrip, EveryProperPrefixIsRejectedAsShort) {
@@ -72,26 +60,12 @@ TYPED_TEST(CdrRoundTrip, EveryProperPrefixIsRejectedAsShort) {
 }
 
 TEST(CdrRoundTrip, DefaultAppRegisterInfoCarriesEveryNestedRecordEmpty) {
-    const AppRegisterInfo original;
-    const std::vector<uint8_t> bytes = Encode(original);
-
     // isPub, kind, two bytes of padding, then the event report's serviceName: length 1 and a NUL.
-    ASSERT_GE(bytes.size(), 9u);
-    EXPECT_EQ(bytes[0], 0);
-    EXPECT_EQ(bytes[1], 0);
-    EXPECT_EQ(std::vector<uint8_t>(bytes.begin() + 4, bytes.begin() + 9),
-              (std::vector<uint8_t>{1, 0, 0, 0, 0}));
     // Empty strings and containers still take their length or count: no byte is 'missing'.
-    EXPECT_EQ(bytes.size(), EncodedSize(original));
-    EXPECT_GT(bytes.size(), 300u);
-
-    AppRegisterInfo decoded = Filled<AppRegisterInfo>(0);
-    auto status = Decode(bytes, decoded);
-    ASSERT_TRUE(status.ok()) << status.Message();
-    EXPECT_EQ(decoded, original);
-    EXPECT_TRUE(decoded.eventRegisterInfo.eventInfos.empty());
-    EXPECT_TRUE(decoded.listenerParams.empty());
-    EXPECT_EQ(decoded.nodeCommonRegisterInfo.pid, 0);
+    const std::vector<uint8_t> bytes = Encode(AppRegisterInfo{});
+    ASSERT_GT(bytes.size(), 300u);
+    EXPECT_EQ(std::vector<uint8_t>(bytes.begin(), bytes.begin() + 9),
+              (std::vector<uint8_t>{0, 0, 0, 0, 1, 0, 0, 0, 0}));
 }
 
 TEST(CdrRoundTrip, EncodeAppendAlignsRelativeToTheBufferStart) {
@@ -108,26 +82,6 @@ TEST(CdrRoundTrip, EncodeAppendAlignsRelativeToTheBufferStart) {
     ASSERT_EQ(odd.size(), 8u + alone.size());
     EXPECT_EQ(std::vector<uint8_t>(odd.begin() + 3, odd.begin() + 8), (std::vector<uint8_t>(5, 0)));
     EXPECT_EQ(std::vector<uint8_t>(odd.begin() + 8, odd.end()), alone);
-}
-
-TEST(CdrRoundTrip, PlainTypesRoundTrip) {
-    auto roundTrip = [](const auto& original) {
-        auto decoded = std::decay_t<decltype(original)>{};
-        const auto bytes = Encode(original);
-        EXPECT_EQ(bytes.size(), EncodedSize(original));
-        auto status = Decode(bytes, decoded);
-        EXPECT_TRUE(status.ok()) << status.Message();
-        EXPECT_EQ(decoded, original);
-    };
-    roundTrip(uint64_t{0xFEDCBA9876543210ull});
-    roundTrip(int32_t{-5});
-    roundTrip(std::string("with\0nul", 8));
-    roundTrip(std::vector<bool>{true, false, true});
-    roundTrip(std::vector<int16_t>{-1, 2, -3});
-    roundTrip(std::vector<std::vector<uint32_t>>{{1, 2}, {}, {3}});
-    roundTrip(std::set<std::string>{"a", "ab", "b"});
-    roundTrip(std::map<uint16_t, std::vector<DriverType>>{{1, {DriverType::PROLOC}}, {9, {}}});
-    roundTrip(std::vector<DriverType>{DriverType::SOMEIP, static_cast<DriverType>(255)});
 }
 
 }  // namespace

@@ -8,10 +8,11 @@
 
 namespace orx::orxmaint {
 
-// Applies --domain (as ORX_DDS_DOMAIN), selects the DDS driver unless the environment or orx.json
-// chooses another one, and loads the DFX plug-in from <exe dir>/../lib (else from ORX_DFX_PLUGIN
-// or orx.json) without initialising it: the tool never reports itself. Returns where to look
-// for the tools service: instance from --instance-id, else orx.json, else "1".
+// Reads the process's settings once (vorx::vcc::app::SetUpMaintenanceProcess: the DDS driver
+// unless the environment or orx.json chooses another one, the DFX plug-in from <exe dir>/../lib,
+// else ORX_DFX_PLUGIN or orx.json, loaded but never initialised: the tool never reports itself),
+// with --domain over the configured DDS domain. Returns where to look for the tools service:
+// instance from --instance-id, else orx.json, else "1".
 ClientSettings SetUpTransport(const Options& options);
 
 }  // namespace orx::orxmaint

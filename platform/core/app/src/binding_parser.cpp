@@ -6,6 +6,9 @@
 namespace vorx::vcc::app::detail {
 namespace {
 
+using config::AsUnsigned;
+using config::Choices;
+using config::ToChoice;
 using driver::dds::DiscoveryFilter;
 using driver::dds::DurabilityKind;
 using driver::dds::HistoryKind;
@@ -53,18 +56,18 @@ bool ToTransportQos(const nlohmann::json& value, std::set<uint8_t>& out, std::st
     return true;
 }
 
-void ReadTransportQos(JsonScope& scope, std::set<uint8_t>& out) {
+void ReadTransportQos(EntityScope& scope, std::set<uint8_t>& out) {
     const nlohmann::json* value = scope.Find("transportQos");
     if (value == nullptr) {
         return;
     }
     std::string reason;
     if (!ToTransportQos(*value, out, reason)) {
-        scope.Log().Ignored(scope.Key("transportQos"), value, reason);
+        scope.Ignore("transportQos", value, reason);
     }
 }
 
-void ReadOptionalTransportQos(JsonScope& scope, std::optional<std::set<uint8_t>>& out) {
+void ReadOptionalTransportQos(EntityScope& scope, std::optional<std::set<uint8_t>>& out) {
     if (!scope.Has("transportQos")) {
         return;
     }
@@ -72,13 +75,13 @@ void ReadOptionalTransportQos(JsonScope& scope, std::optional<std::set<uint8_t>>
     const nlohmann::json* value = scope.Find("transportQos");
     std::string reason;
     if (!ToTransportQos(*value, qos, reason)) {
-        scope.Log().Ignored(scope.Key("transportQos"), value, reason);
+        scope.Ignore("transportQos", value, reason);
         return;
     }
     out = std::move(qos);
 }
 
-void ReadNetwork(JsonScope& scope, std::pair<std::string, bool>& out) {
+void ReadNetwork(EntityScope& scope, std::pair<std::string, bool>& out) {
     std::string address;
     if (scope.Optional("network", address) && !address.empty()) {
         out = {address, false};
@@ -86,7 +89,7 @@ void ReadNetwork(JsonScope& scope, std::pair<std::string, bool>& out) {
     }
 }
 
-void ReadDiscoveryFilter(JsonScope& scope, const std::string& name, DiscoveryFilter& out) {
+void ReadDiscoveryFilter(EntityScope& scope, const std::string& name, DiscoveryFilter& out) {
     auto filter = scope.Child(name);
     if (!filter) {
         return;
@@ -95,7 +98,7 @@ void ReadDiscoveryFilter(JsonScope& scope, const std::string& name, DiscoveryFil
     filter->Optional("class", out.filterClass);
 }
 
-void ReadParticipantQos(JsonScope& scope, ParticipantQos& out) {
+void ReadParticipantQos(EntityScope& scope, ParticipantQos& out) {
     auto qos = scope.Child("participantQos");
     if (!qos) {
         return;
@@ -124,7 +127,7 @@ bool ToProfile(const nlohmann::json& value, api::types::E2EXf_Profile& out, std:
 }
 
 // Length field sizes of the SOME/IP serializer: 0, 1, 2 or 4 bytes.
-void ReadFieldSize(JsonScope& scope, const char* key, uint8_t& out) {
+void ReadFieldSize(EntityScope& scope, const char* key, uint8_t& out) {
     uint8_t size = 0;
     if (!scope.Optional(key, size)) {
         return;
@@ -133,10 +136,10 @@ void ReadFieldSize(JsonScope& scope, const char* key, uint8_t& out) {
         out = size;
         return;
     }
-    scope.Log().Ignored(scope.Key(key), scope.Find(key), "must be 0, 1, 2 or 4");
+    scope.Ignore(key, scope.Find(key), "must be 0, 1, 2 or 4");
 }
 
-void ParseTree(JsonScope& scope, serialize::SerializationNode& out, int depth) {
+void ParseTree(EntityScope& scope, serialize::SerializationNode& out, int depth) {
     scope.Optional("name", out.name);
     scope.OptionalChoice("byteOrder", kByteOrder, out.byteOrder);
     ReadFieldSize(scope, "lengthFieldSize", out.lengthFieldSize);
@@ -148,8 +151,8 @@ void ParseTree(JsonScope& scope, serialize::SerializationNode& out, int depth) {
         return;
     }
     if (depth >= kMaxTreeDepth) {
-        scope.Log().Ignored(scope.Key("children"), scope.Find("children"),
-                            "nested deeper than " + std::to_string(kMaxTreeDepth) + " levels");
+        scope.Ignore("children", scope.Find("children"),
+                     "nested deeper than " + std::to_string(kMaxTreeDepth) + " levels");
         return;
     }
     for (auto& child : scope.Elements("children", "serialization setting")) {
@@ -159,7 +162,7 @@ void ParseTree(JsonScope& scope, serialize::SerializationNode& out, int depth) {
     }
 }
 
-void ParsePdu(JsonScope& scope, driver::someip::PduConfig& out) {
+void ParsePdu(EntityScope& scope, driver::someip::PduConfig& out) {
     scope.Optional("name", out.pduName);
     scope.Optional("length", out.pduLength);
     scope.Optional("dynamicLength", out.isDynamicLength);
@@ -177,7 +180,7 @@ void ParsePdu(JsonScope& scope, driver::someip::PduConfig& out) {
 
 }  // namespace
 
-void ParseDdsServiceBinding(JsonScope& scope, DdsServiceBinding& out) {
+void ParseDdsServiceBinding(EntityScope& scope, DdsServiceBinding& out) {
     scope.Optional("domainId", out.domainId);
     ReadNetwork(scope, out.network);
     ReadTransportQos(scope, out.transportQos);
@@ -187,7 +190,7 @@ void ParseDdsServiceBinding(JsonScope& scope, DdsServiceBinding& out) {
     scope.OptionalChoice("ddsMode", kDdsMode, out.ddsMode);
 }
 
-void ParseSomeipServiceBinding(JsonScope& scope, SomeipServiceBinding& out) {
+void ParseSomeipServiceBinding(EntityScope& scope, SomeipServiceBinding& out) {
     scope.Optional("majorVersion", out.majorVersion);
     scope.Optional("minorVersion", out.minorVersion);
     ReadNetwork(scope, out.network);
@@ -196,7 +199,7 @@ void ParseSomeipServiceBinding(JsonScope& scope, SomeipServiceBinding& out) {
     ReadTransportQos(scope, out.transportQos);
 }
 
-void ParseDdsEventBinding(JsonScope& scope, DdsEventBinding& out) {
+void ParseDdsEventBinding(EntityScope& scope, DdsEventBinding& out) {
     scope.Optional("topic", out.topic);
     scope.Optional("historyDepth", out.historyDepth);
     scope.Optional("queueSize", out.queueSize);
@@ -210,7 +213,7 @@ void ParseDdsEventBinding(JsonScope& scope, DdsEventBinding& out) {
     ReadDiscoveryFilter(scope, "subDiscoveryFilter", out.subDiscoveryFilter);
 }
 
-void ParseSomeipEventBinding(JsonScope& scope, SomeipEventBinding& out) {
+void ParseSomeipEventBinding(EntityScope& scope, SomeipEventBinding& out) {
     scope.Required("eventId", out.eventId);
     scope.Optional("eventGroupIds", out.eventGroupIds);
     scope.Optional("udpTtl", out.udpTtl);
@@ -225,7 +228,7 @@ void ParseSomeipEventBinding(JsonScope& scope, SomeipEventBinding& out) {
     }
 }
 
-void ParseDdsMethodBinding(JsonScope& scope, DdsMethodBinding& out) {
+void ParseDdsMethodBinding(EntityScope& scope, DdsMethodBinding& out) {
     scope.Optional("requestTopic", out.requestTopic);
     scope.Optional("replyTopic", out.replyTopic);
     scope.Optional("requestDataType", out.requestDataTypeName);
@@ -246,7 +249,7 @@ void ParseDdsMethodBinding(JsonScope& scope, DdsMethodBinding& out) {
     ReadDiscoveryFilter(scope, "discoveryFilter", out.discoveryFilter);
 }
 
-void ParseSomeipMethodBinding(JsonScope& scope, SomeipMethodBinding& out) {
+void ParseSomeipMethodBinding(EntityScope& scope, SomeipMethodBinding& out) {
     scope.Required("methodId", out.methodId);
     bool reliable = false;
     if (scope.Optional("reliable", reliable)) {
@@ -257,7 +260,7 @@ void ParseSomeipMethodBinding(JsonScope& scope, SomeipMethodBinding& out) {
     ParseSerializationTree(scope, "replySerialization", out.replySerialization);
 }
 
-std::shared_ptr<api::types::E2EXfConfig> ParseE2E(JsonScope& scope) {
+std::shared_ptr<api::types::E2EXfConfig> ParseE2E(EntityScope& scope) {
     auto config = std::make_shared<api::types::E2EXfConfig>();
     const nlohmann::json* profile = scope.Find("profile");
     std::string reason;
@@ -292,7 +295,7 @@ std::shared_ptr<api::types::E2EXfConfig> ParseE2E(JsonScope& scope) {
     return config;
 }
 
-void ParseSerializeSetting(JsonScope& parent, const std::string& name,
+void ParseSerializeSetting(EntityScope& parent, const std::string& name,
                            api::types::SerializeSetting& out) {
     auto setting = parent.Child(name);
     if (!setting) {
@@ -302,7 +305,7 @@ void ParseSerializeSetting(JsonScope& parent, const std::string& name,
     setting->Optional("config", out.serializeConfigText);
 }
 
-void ParseSerializationTree(JsonScope& parent, const std::string& name,
+void ParseSerializationTree(EntityScope& parent, const std::string& name,
                             serialize::SerializationNode& out) {
     if (auto tree = parent.Child(name)) {
         ParseTree(*tree, out, 0);

@@ -4,31 +4,31 @@
 #include <memory>
 #include <string>
 
-#include "json_scope.h"
+#include "entity_scope.h"
 #include "vorx/vcc/app/deployment.h"
 
 // Readers of the binding-specific and shared blocks of a deployment: DDS and SOME/IP settings,
 // E2E protection, serialization settings. Each fills what the file gives and leaves the defaults
-// of the rest; problems go to the scope's log (see JsonScope).
+// of the rest; problems go to the scope's log (see EntityScope).
 namespace vorx::vcc::app::detail {
 
-void ParseDdsServiceBinding(JsonScope& scope, DdsServiceBinding& out);
-void ParseSomeipServiceBinding(JsonScope& scope, SomeipServiceBinding& out);
-void ParseDdsEventBinding(JsonScope& scope, DdsEventBinding& out);
+void ParseDdsServiceBinding(EntityScope& scope, DdsServiceBinding& out);
+void ParseSomeipServiceBinding(EntityScope& scope, SomeipServiceBinding& out);
+void ParseDdsEventBinding(EntityScope& scope, DdsEventBinding& out);
 // `scope` holds the event's "someip" object; the event id is mandatory.
-void ParseSomeipEventBinding(JsonScope& scope, SomeipEventBinding& out);
-void ParseDdsMethodBinding(JsonScope& scope, DdsMethodBinding& out);
+void ParseSomeipEventBinding(EntityScope& scope, SomeipEventBinding& out);
+void ParseDdsMethodBinding(EntityScope& scope, DdsMethodBinding& out);
 // `scope` holds the method's "someip" object; the method id is mandatory.
-void ParseSomeipMethodBinding(JsonScope& scope, SomeipMethodBinding& out);
+void ParseSomeipMethodBinding(EntityScope& scope, SomeipMethodBinding& out);
 
 // The "e2e" object of an entity; its profile is mandatory.
-std::shared_ptr<api::types::E2EXfConfig> ParseE2E(JsonScope& scope);
+std::shared_ptr<api::types::E2EXfConfig> ParseE2E(EntityScope& scope);
 // A serialization setting object {"type": "someip" | "cdr" | "raw", "config": text} under `name`
 // of `parent`; absent keys keep `out` as it is.
-void ParseSerializeSetting(JsonScope& parent, const std::string& name,
+void ParseSerializeSetting(EntityScope& parent, const std::string& name,
                            api::types::SerializeSetting& out);
 // A SOME/IP serialization tree under `name` of `parent`.
-void ParseSerializationTree(JsonScope& parent, const std::string& name,
+void ParseSerializationTree(EntityScope& parent, const std::string& name,
                             serialize::SerializationNode& out);
 
 }  // namespace vorx::vcc::app::detail

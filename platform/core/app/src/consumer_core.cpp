@@ -2,6 +2,7 @@
 
 #include "app_log.h"
 #include "dds_topics.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/app/descriptions.h"
 #include "vorx/vcc/driver/driver_registry.h"
 #include "vorx/vcc/event_controller.h"
@@ -71,7 +72,7 @@ void ServiceConsumer::Core::Shutdown() {
     std::vector<const EventDeployment*> events;
     std::vector<std::shared_ptr<SampleTimeoutMonitor>> monitors;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         shutDown_ = true;
         available = false;
         driver = std::move(eventDriver_);
@@ -86,12 +87,12 @@ void ServiceConsumer::Core::Shutdown() {
         }
         subscriptions.clear();
     }
-    availabilityChanged.notify_all();
+    availabilityChanged.NotifyAll();
     if (driver && client != 0) {
         driver->Disconnect(client);  // waits for a sample being delivered right now
     }
     {
-        std::lock_guard<std::mutex> watchLock(watchMutex_);
+        orx::sync::MutexLock watchLock(watchMutex_);
         for (const auto& monitor : monitors) {
             monitor->Stop();
         }
@@ -127,7 +128,7 @@ bool ServiceConsumer::Core::Subscribe(const EventDeployment& event, bool isField
     std::shared_ptr<Driver> driver;
     ClientId client = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         if (shutDown_ || !subscriptions.emplace(event.entityId, subscription).second) {
             return false;
         }
@@ -150,7 +151,7 @@ void ServiceConsumer::Core::Unsubscribe(const EventDeployment& event) {
     std::shared_ptr<Driver> driver;
     ClientId client = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         auto it = subscriptions.find(event.entityId);
         if (it == subscriptions.end()) {
             return;
@@ -164,7 +165,7 @@ void ServiceConsumer::Core::Unsubscribe(const EventDeployment& event) {
         driver->Unsubscribe(client, event.entityId);
     }
     if (subscription->monitor) {
-        std::lock_guard<std::mutex> watchLock(watchMutex_);
+        orx::sync::MutexLock watchLock(watchMutex_);
         subscription->monitor->Stop();
     }
     if (!subscription->isField) {
@@ -179,14 +180,14 @@ void ServiceConsumer::Core::OnOffers(const ServiceHandleContainer& handles) {
         Connect(handles.front());
     }
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         if (shutDown_ || available == nowAvailable) {
             return;
         }
         available = nowAvailable;
         handler = availabilityHandler;
     }
-    availabilityChanged.notify_all();
+    availabilityChanged.NotifyAll();
     ApplyWatch();
     detail::AppLog()->LogInfo() << "[App][Service " << (nowAvailable ? "found" : "lost")
                                 << "][service=" << deployment.serviceName
@@ -198,11 +199,11 @@ void ServiceConsumer::Core::OnOffers(const ServiceHandleContainer& handles) {
 
 void ServiceConsumer::Core::ApplyWatch() {
     // The watch runs while the service is there: a withdrawn service is not expected to send.
-    std::lock_guard<std::mutex> watchLock(watchMutex_);
+    orx::sync::MutexLock watchLock(watchMutex_);
     bool watch = false;
     std::vector<std::shared_ptr<SampleTimeoutMonitor>> monitors;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         watch = available && !shutDown_;
         monitors = MonitorsLocked();
     }
@@ -217,7 +218,7 @@ void ServiceConsumer::Core::ApplyWatch() {
 
 void ServiceConsumer::Core::Connect(const HandleType& handle) {
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         if (proxy || shutDown_) {
             return;  // both survive the service going away and coming back
         }
@@ -240,7 +241,7 @@ void ServiceConsumer::Core::Connect(const HandleType& handle) {
     }
     std::vector<uint32_t> entities;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         proxy = std::move(newProxy);
         eventDriver_ = driver;
         eventClient_ = client;
@@ -260,7 +261,7 @@ void ServiceConsumer::Core::OnEvent(const EventSample& sample) {
     const long receivedNs = GetCurMonoTime();
     std::shared_ptr<Subscription> subscription;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         auto it = subscriptions.find(sample.entityId);
         if (it == subscriptions.end()) {
             return;
@@ -301,7 +302,7 @@ void ServiceConsumer::Core::OnTimeout(const std::weak_ptr<Subscription>& weak, u
     }
     TimeoutHandler handler;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         handler = timeoutHandler;
     }
     if (handler) {

@@ -1,17 +1,16 @@
 #ifndef VORX_VCC_APP_SRC_CONSUMER_CORE_H
 #define VORX_VCC_APP_SRC_CONSUMER_CORE_H
 
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "dfx_reports.h"
+#include "orx/sync/mutex.h"
 #include "serial_executor.h"
 #include "vorx/vcc/api/types/subscriber_listener.h"
 #include "vorx/vcc/app/internal/latency_stats.h"
@@ -61,13 +60,13 @@ class ServiceConsumer::Core : public std::enable_shared_from_this<ServiceConsume
     // Descriptions for the method proxies, by entity id (methods, getters and setters).
     std::map<uint32_t, std::shared_ptr<api::types::MethodInfo>> methodInfos;
 
-    mutable std::mutex mutex;
-    mutable std::condition_variable availabilityChanged;
-    bool available{false};                                            // guarded by mutex
-    std::shared_ptr<Proxy> proxy;                                     // guarded by mutex
-    std::function<void(bool)> availabilityHandler;                    // guarded by mutex
-    TimeoutHandler timeoutHandler;                                    // guarded by mutex
-    std::map<uint32_t, std::shared_ptr<Subscription>> subscriptions;  // guarded by mutex
+    mutable orx::sync::Mutex mutex;
+    mutable orx::sync::CondVar availabilityChanged;
+    bool available GUARDED_BY(mutex){false};
+    std::shared_ptr<Proxy> proxy GUARDED_BY(mutex);
+    std::function<void(bool)> availabilityHandler GUARDED_BY(mutex);
+    TimeoutHandler timeoutHandler GUARDED_BY(mutex);
+    std::map<uint32_t, std::shared_ptr<Subscription>> subscriptions GUARDED_BY(mutex);
 
   private:
     void OnOffers(const ServiceHandleContainer& handles);
@@ -75,16 +74,16 @@ class ServiceConsumer::Core : public std::enable_shared_from_this<ServiceConsume
     void OnEvent(const EventSample& sample);
     void OnTimeout(const std::weak_ptr<Subscription>& weak, uint32_t count);
     // Starts the timeout watches while the service is available, stops them otherwise.
-    void ApplyWatch();
+    void ApplyWatch() EXCLUDES(mutex, watchMutex_);
     void RegisterLatency(const std::shared_ptr<Subscription>& subscription) const;
-    std::vector<std::shared_ptr<SampleTimeoutMonitor>> MonitorsLocked() const;  // REQUIRES: mutex
+    std::vector<std::shared_ptr<SampleTimeoutMonitor>> MonitorsLocked() const REQUIRES(mutex);
 
     detail::SerialExecutor executor_;
-    std::mutex watchMutex_;                // serialises ApplyWatch; never taken by a timeout notice
-    FindServiceHandle find_;               // set by Start, then constant
-    std::shared_ptr<Driver> eventDriver_;  // guarded by mutex: set with eventClient_
-    ClientId eventClient_{0};              // guarded by mutex: 0 until the service is found
-    bool shutDown_{false};                 // guarded by mutex
+    orx::sync::Mutex watchMutex_;  // serialises ApplyWatch; never taken by a timeout notice
+    FindServiceHandle find_;       // set by Start, then constant
+    std::shared_ptr<Driver> eventDriver_ GUARDED_BY(mutex);  // set with eventClient_
+    ClientId eventClient_ GUARDED_BY(mutex){0};              // 0 until the service is found
+    bool shutDown_ GUARDED_BY(mutex){false};
 };
 
 }  // namespace vorx::vcc::app

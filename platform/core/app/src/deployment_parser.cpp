@@ -3,16 +3,17 @@
 #include <set>
 
 #include "binding_parser.h"
-#include "json_scope.h"
+#include "entity_scope.h"
 #include "vorx/vcc/handle_type.h"
 #include "vorx/vcc/reserve_service.h"
 
 namespace vorx::vcc::app {
 namespace {
 
-using detail::JsonScope;
+using detail::EntityScope;
+namespace config = ara::kelda::common::orxConfigParser;
 
-const detail::Choices<ServiceRole> kRoles = {{"provided", ServiceRole::kProvided},
+const config::Choices<ServiceRole> kRoles = {{"provided", ServiceRole::kProvided},
                                              {"required", ServiceRole::kRequired}};
 
 // Instance ids are decimal numbers 0 to 65535, written as a text or a number.
@@ -20,7 +21,7 @@ bool ToInstanceId(const nlohmann::json& value, std::string& out, std::string& re
     api::types::EntityInfo probe;
     std::string text;
     uint64_t number = 0;
-    if (detail::AsUnsigned(value, number)) {
+    if (config::AsUnsigned(value, number)) {
         text = std::to_string(number);
     } else if (value.is_string()) {
         text = value.get<std::string>();
@@ -44,7 +45,7 @@ uint8_t DefaultSerializeType(const ServiceDeployment& service) {
 }
 
 // Reads the part of an event that follows its name and entity id.
-void ParseEventBody(JsonScope& scope, const ServiceDeployment& service, EventDeployment& event) {
+void ParseEventBody(EntityScope& scope, const ServiceDeployment& service, EventDeployment& event) {
     event.serialize.serializeType = DefaultSerializeType(service);
     scope.Optional("dataType", event.dataTypeName);
     detail::ParseSerializeSetting(scope, "serialization", event.serialize);
@@ -65,7 +66,8 @@ void ParseEventBody(JsonScope& scope, const ServiceDeployment& service, EventDep
     }
 }
 
-void ParseMethodBody(JsonScope& scope, const ServiceDeployment& service, MethodDeployment& method) {
+void ParseMethodBody(EntityScope& scope, const ServiceDeployment& service,
+                     MethodDeployment& method) {
     const std::string baseName =
         method.serviceLevelName.empty() ? method.name : method.serviceLevelName + "_" + method.name;
     method.requestSerialize.serializeType = DefaultSerializeType(service);
@@ -106,7 +108,7 @@ void ParseMethodBody(JsonScope& scope, const ServiceDeployment& service, MethodD
 class EntityBook {
   public:
     // Takes `id`; false (and a failure of `scope`) when another entity has it.
-    bool TakeId(JsonScope& scope, const std::string& key, uint32_t id) {
+    bool TakeId(EntityScope& scope, const std::string& key, uint32_t id) {
         if (ids_.insert(id).second) {
             return true;
         }
@@ -114,7 +116,7 @@ class EntityBook {
         scope.Fail(key, &value, "duplicate entity id in the service");
         return false;
     }
-    bool TakeName(JsonScope& scope, const std::string& kind, const std::string& name) {
+    bool TakeName(EntityScope& scope, const std::string& kind, const std::string& name) {
         if (names_.insert(kind + "/" + name).second) {
             return true;
         }
@@ -128,7 +130,7 @@ class EntityBook {
     std::set<std::string> names_;
 };
 
-bool ReadEntityId(JsonScope& scope, uint32_t& id) {
+bool ReadEntityId(EntityScope& scope, uint32_t& id) {
     if (!scope.Required("entityId", id)) {
         return false;
     }
@@ -140,7 +142,7 @@ bool ReadEntityId(JsonScope& scope, uint32_t& id) {
     return true;
 }
 
-void ParseEvents(JsonScope& scope, ServiceDeployment& service, EntityBook& book) {
+void ParseEvents(EntityScope& scope, ServiceDeployment& service, EntityBook& book) {
     for (auto& element : scope.Elements("events", "event")) {
         EventDeployment event;
         element.Required("name", event.name);
@@ -155,7 +157,7 @@ void ParseEvents(JsonScope& scope, ServiceDeployment& service, EntityBook& book)
     }
 }
 
-void ParseMethods(JsonScope& scope, ServiceDeployment& service, EntityBook& book) {
+void ParseMethods(EntityScope& scope, ServiceDeployment& service, EntityBook& book) {
     for (auto& element : scope.Elements("methods", "method")) {
         MethodDeployment method;
         element.Required("name", method.name);
@@ -171,7 +173,7 @@ void ParseMethods(JsonScope& scope, ServiceDeployment& service, EntityBook& book
     }
 }
 
-std::optional<MethodDeployment> ParseFieldMethod(JsonScope& field, const std::string& key,
+std::optional<MethodDeployment> ParseFieldMethod(EntityScope& field, const std::string& key,
                                                  const std::string& fieldName,
                                                  const std::string& methodName,
                                                  const ServiceDeployment& service) {
@@ -188,7 +190,7 @@ std::optional<MethodDeployment> ParseFieldMethod(JsonScope& field, const std::st
     return method;
 }
 
-void ParseFields(JsonScope& scope, ServiceDeployment& service, EntityBook& book) {
+void ParseFields(EntityScope& scope, ServiceDeployment& service, EntityBook& book) {
     for (auto& element : scope.Elements("fields", "field")) {
         FieldDeployment field;
         element.Required("name", field.name);
@@ -226,13 +228,13 @@ void ParseFields(JsonScope& scope, ServiceDeployment& service, EntityBook& book)
     }
 }
 
-void ParseInstanceId(JsonScope& scope, ServiceDeployment& service) {
+void ParseInstanceId(EntityScope& scope, ServiceDeployment& service) {
     const nlohmann::json* value = scope.Find("instanceId");
     std::string reason;
     if (service.role == ServiceRole::kRequired) {
         service.instanceId = kAnyInstanceId;
         if (value != nullptr && !ToInstanceId(*value, service.instanceId, reason)) {
-            scope.Log().Ignored(scope.Key("instanceId"), value, reason);
+            scope.Ignore("instanceId", value, reason);
         }
         return;
     }
@@ -245,7 +247,7 @@ void ParseInstanceId(JsonScope& scope, ServiceDeployment& service) {
     }
 }
 
-void ParseBindings(JsonScope& scope, ServiceDeployment& service) {
+void ParseBindings(EntityScope& scope, ServiceDeployment& service) {
     auto bindings = scope.Child("bindings", true);
     if (!bindings) {
         return;
@@ -267,7 +269,7 @@ void ParseBindings(JsonScope& scope, ServiceDeployment& service) {
     }
 }
 
-std::optional<ServiceDeployment> ParseService(JsonScope& scope) {
+std::optional<ServiceDeployment> ParseService(EntityScope& scope) {
     ServiceDeployment service;
     if (scope.Required("service", service.serviceName) && service.serviceName.empty()) {
         const nlohmann::json value = service.serviceName;
@@ -340,27 +342,28 @@ DeploymentParseResult ParseDeployments(const nlohmann::json& document,
     if (!document.is_object()) {
         return result;
     }
-    detail::ProblemLog log(filePath);
-    JsonScope root(document, "", "deployment", log);
+    auto problems = std::make_shared<config::ConfigProblems>(filePath);
+    config::ConfigReader root(document, "", problems, detail::kIgnored);
     const nlohmann::json* services = root.Find("services");
     if (services != nullptr && !services->is_array()) {
-        log.Ignored("services", services, "must be a list of service deployments");
+        root.ReportInvalid("services", services, "must be a list of service deployments");
     }
     if (services != nullptr && services->is_array()) {
         for (size_t i = 0; i < services->size(); ++i) {
             const std::string path = "services[" + std::to_string(i) + "]";
             const nlohmann::json& element = (*services)[i];
             if (!element.is_object()) {
-                log.Skipped("service", path, &element, "must be an object");
+                problems->Report(detail::SkippedHeadline("service"), path, &element,
+                                 "must be an object");
                 continue;
             }
-            JsonScope scope(element, path, "service", log);
+            EntityScope scope(root.Nested(element, path), "service");
             if (auto service = ParseService(scope)) {
                 result.services.push_back(std::move(*service));
             }
         }
     }
-    result.errors = log.TakeErrors();
+    result.errors = problems->Lines();
     return result;
 }
 

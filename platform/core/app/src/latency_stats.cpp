@@ -2,10 +2,12 @@
 
 #include <algorithm>
 
+#include "orx/sync/mutex.h"
+
 namespace vorx::vcc::app {
 
 void LatencyStats::SetEnabled(bool enabled) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     enabled_.store(enabled, std::memory_order_relaxed);
     ResetLocked();
 }
@@ -17,7 +19,7 @@ void LatencyStats::AddSample(long sendTimeNs, long receiveTimeNs) {
     const long elapsedNs = std::max(receiveTimeNs - sendTimeNs, 0L);
     const uint64_t latencyUs =
         std::max<uint64_t>((static_cast<uint64_t>(elapsedNs) + 999U) / 1000U, 1U);
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (!enabled_.load(std::memory_order_relaxed)) {
         return;  // switched off while this sample was on its way in
     }
@@ -28,7 +30,7 @@ void LatencyStats::AddSample(long sendTimeNs, long receiveTimeNs) {
 }
 
 api::types::LatencyResult LatencyStats::TakePeriod() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     api::types::LatencyResult result;
     if (count_ != 0) {
         result.minLatency = minUs_;

@@ -5,9 +5,7 @@
 
 #include "app_log.h"
 #include "ara/kelda/common/log/log.h"
-#include "ara/kelda/common/orxConfigParser/config_reader.h"
 #include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
-#include "vorx/driver/dds/dds_driver.h"
 #include "vorx/vcc/app/deployment_parser.h"
 #include "vorx/vcc/dfx_plugin_loader.h"
 #include "vorx/vcc/orx_maintaind_interface.h"
@@ -21,24 +19,12 @@ namespace kelda = ara::kelda::common::log;
 
 std::atomic<bool> gRuntimeMade{false};
 
-bool EnvSet(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr && value[0] != '\0';
-}
-
-// Makes every reader of the process read the file this runtime chose.
+// Makes every reader of the process read the file this runtime chose: the plug-in reads orx.json
+// through the configuration parser itself.
 void ChooseConfigFile(const std::string& fallback) {
-    if (!EnvSet("ORX_CONFIG") && !fallback.empty()) {
+    if (!config::NonEmpty(config::ProcessEnvironment(), "ORX_CONFIG") && !fallback.empty()) {
         ::setenv("ORX_CONFIG", fallback.c_str(), 1);
     }
-}
-
-kelda::LogLevel ConfiguredLevel(const std::string& name) {
-    kelda::LogLevel level = kelda::LogLevel::kInfo;
-    if (!name.empty()) {
-        kelda::ParseLevel(name, &level);
-    }
-    return level;
 }
 
 const ServiceDeployment* FindDeployment(const std::vector<ServiceDeployment>& all,
@@ -56,11 +42,9 @@ const ServiceDeployment* FindDeployment(const std::vector<ServiceDeployment>& al
 
 struct Runtime::State {
     bool active{false};
-    std::string appName;
-    std::string configPath;
+    ProcessSettings settings;
     std::vector<ServiceDeployment> deployments;
     std::vector<std::string> errors;
-    uint32_t sampleTimeoutThresholdMs{0};
 };
 
 Runtime::Runtime() : Runtime(Options{}) {}
@@ -73,37 +57,32 @@ Runtime::Runtime(const Options& options) : state_(std::make_unique<State>()) {
     state_->active = true;
     ChooseConfigFile(options.configPath);
     const auto parser = config::ParseJsonToGetConfig::GetInstance();
-    state_->configPath = parser->FilePath();
-    if (state_->configPath != config::ConfigFilePath()) {
+    if (parser->FilePath() != config::ConfigFilePath()) {
         detail::AppLog()->LogWarn()
             << "[App][orx.json was read before the runtime started, "
                "keeping that file][file="
-            << state_->configPath << ", wanted=" << config::ConfigFilePath() << "]";
+            << parser->FilePath() << ", wanted=" << config::ConfigFilePath() << "]";
     }
-    state_->appName = parser->GetAppName();
-    kelda::Log::InitLog(state_->appName.empty() ? "orx-app" : state_->appName, "APP",
-                        ConfiguredLevel(parser->GetLogLevel()), "application");
+    ProcessDefaults defaults;
+    defaults.pluginPath = options.pluginPath;
+    state_->settings = LoadProcessSettings(*parser, config::ProcessEnvironment(), defaults);
+    const ProcessSettings& settings = state_->settings;
+    kelda::Log::SetUp({settings.appName.empty() ? "orx-app" : settings.appName, "APP",
+                       settings.logLevel, settings.logFile, "application"});
 
-    DeploymentParseResult parsed = ParseDeployments(parser->Document(), state_->configPath);
+    DeploymentParseResult parsed = ParseDeployments(parser->Document(), settings.configPath);
     state_->deployments = std::move(parsed.services);
     state_->errors = std::move(parsed.errors);
-    // The same key the plug-in's listener reads; taken from the document read above, so the
-    // file is read once.
-    config::ConfigReader reader(parser->Document(), state_->configPath);
-    state_->sampleTimeoutThresholdMs = reader.GetUint32("dfx.sampleTimeoutThresholdMs").value_or(0);
 
-    // The DDS driver serves the DDS binding when orx.json or the environment chooses "dds".
-    driver::dds::RegisterDdsDriver();
-
+    ApplyProcessSettings(settings);
     if (options.loadPlugin) {
-        const bool named = EnvSet("ORX_DFX_PLUGIN") || !parser->GetPluginPath().empty();
-        DfxPluginLoader::Load(named ? std::string() : options.pluginPath);
+        DfxPluginLoader::Load(settings.pluginPath);
     }
     if (auto maintaind = RegisterDfxInterface::GetOrxMaintaindInterface()) {
         maintaind->InitializeAll();
     }
-    detail::AppLog()->LogInfo() << "[App][Runtime started][appName=" << state_->appName
-                                << ", config=" << state_->configPath
+    detail::AppLog()->LogInfo() << "[App][Runtime started][appName=" << settings.appName
+                                << ", config=" << settings.configPath
                                 << ", services=" << state_->deployments.size()
                                 << ", maintenance=" << (MaintenanceEnabled() ? "on" : "off") << "]";
 }
@@ -114,12 +93,16 @@ Runtime::~Runtime() {
     }
 }
 
+const ProcessSettings& Runtime::Settings() const {
+    return state_->settings;
+}
+
 const std::string& Runtime::AppName() const {
-    return state_->appName;
+    return state_->settings.appName;
 }
 
 const std::string& Runtime::ConfigPath() const {
-    return state_->configPath;
+    return state_->settings.configPath;
 }
 
 const std::vector<ServiceDeployment>& Runtime::Deployments() const {
@@ -135,7 +118,7 @@ bool Runtime::MaintenanceEnabled() const {
 }
 
 uint32_t Runtime::SampleTimeoutThresholdMs() const {
-    return state_->sampleTimeoutThresholdMs;
+    return state_->settings.sampleTimeoutThresholdMs;
 }
 
 std::unique_ptr<ServiceProvider> Runtime::Provide(const std::string& service) const {
@@ -144,7 +127,7 @@ std::unique_ptr<ServiceProvider> Runtime::Provide(const std::string& service) co
     if (deployment == nullptr) {
         detail::AppLog()->LogError()
             << "[App][No provided service of this name deployed][service=" << service
-            << ", config=" << state_->configPath << "]";
+            << ", config=" << state_->settings.configPath << "]";
         return nullptr;
     }
     return std::make_unique<ServiceProvider>(*deployment);
@@ -156,11 +139,11 @@ std::unique_ptr<ServiceConsumer> Runtime::Require(const std::string& service) co
     if (deployment == nullptr) {
         detail::AppLog()->LogError()
             << "[App][No required service of this name deployed][service=" << service
-            << ", config=" << state_->configPath << "]";
+            << ", config=" << state_->settings.configPath << "]";
         return nullptr;
     }
     ConsumerSettings settings;
-    settings.sampleTimeoutThresholdMs = state_->sampleTimeoutThresholdMs;
+    settings.sampleTimeoutThresholdMs = state_->settings.sampleTimeoutThresholdMs;
     return std::make_unique<ServiceConsumer>(*deployment, settings);
 }
 

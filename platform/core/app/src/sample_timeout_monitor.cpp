@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "orx/sync/mutex.h"
+
 namespace vorx::vcc::app {
 
 void TimeoutWatch::Start(long nowNs) {
@@ -37,7 +39,7 @@ SampleTimeoutMonitor::~SampleTimeoutMonitor() {
 }
 
 void SampleTimeoutMonitor::Start() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (watching_) {
         return;
     }
@@ -51,7 +53,7 @@ void SampleTimeoutMonitor::Start() {
 void SampleTimeoutMonitor::Stop() {
     EventHandle handle = kInvalidEventHandle;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         watching_ = false;
         handle = handle_;
         handle_ = kInvalidEventHandle;
@@ -61,19 +63,19 @@ void SampleTimeoutMonitor::Stop() {
 }
 
 bool SampleTimeoutMonitor::Watching() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return watching_;
 }
 
 uint32_t SampleTimeoutMonitor::Count() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return watch_.Count();
 }
 
 void SampleTimeoutMonitor::RunCheck(uint64_t generation) {
     TimeoutWatch::Verdict verdict;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (!watching_ || generation != generation_) {
             return;
         }
@@ -82,7 +84,7 @@ void SampleTimeoutMonitor::RunCheck(uint64_t generation) {
     if (verdict.timedOut && notify_) {
         notify_(verdict.count);
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (watching_ && generation == generation_) {
         ScheduleLocked(verdict.nextCheckNs);
     }

@@ -1,12 +1,11 @@
 #include "serial_executor.h"
 
-#include <condition_variable>
 #include <deque>
 #include <exception>
-#include <mutex>
 #include <utility>
 
 #include "app_log.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc::app::detail {
 
@@ -16,11 +15,11 @@ struct SerialExecutor::State {
 
     const std::string name;
     const size_t capacity;
-    std::mutex mutex;
-    std::condition_variable wake;
-    std::deque<std::function<void()>> tasks;  // guarded by mutex
-    bool stopped{false};                      // guarded by mutex
-    std::thread thread;                       // guarded by mutex: started by the first Post
+    orx::sync::Mutex mutex;
+    orx::sync::CondVar wake;
+    std::deque<std::function<void()>> tasks GUARDED_BY(mutex);
+    bool stopped GUARDED_BY(mutex){false};
+    std::thread thread GUARDED_BY(mutex);  // started by the first Post
 };
 
 SerialExecutor::SerialExecutor(std::string name, size_t capacity)
@@ -33,7 +32,7 @@ SerialExecutor::~SerialExecutor() {
 bool SerialExecutor::Post(std::function<void()> task) {
     bool dropped = false;
     {
-        std::lock_guard<std::mutex> lock(state_->mutex);
+        orx::sync::MutexLock lock(state_->mutex);
         if (state_->stopped) {
             return false;
         }
@@ -46,7 +45,7 @@ bool SerialExecutor::Post(std::function<void()> task) {
             state_->thread = std::thread(&SerialExecutor::Run, state_);
         }
     }
-    state_->wake.notify_one();
+    state_->wake.NotifyOne();
     if (dropped) {
         AppLog()->LogWarn(AppLimit("App_HandlerQueueFull"))
             << "[App][Event handler queue full, oldest sample dropped][consumer=" << state_->name
@@ -59,12 +58,12 @@ void SerialExecutor::Stop() {
     std::thread thread;
     std::deque<std::function<void()>> dropped;  // destroyed outside the lock
     {
-        std::lock_guard<std::mutex> lock(state_->mutex);
+        orx::sync::MutexLock lock(state_->mutex);
         state_->stopped = true;
         dropped.swap(state_->tasks);
         thread = std::move(state_->thread);
     }
-    state_->wake.notify_all();
+    state_->wake.NotifyAll();
     if (!thread.joinable()) {
         return;
     }
@@ -79,8 +78,10 @@ void SerialExecutor::Run(const std::shared_ptr<State>& state) {
     while (true) {
         std::function<void()> task;
         {
-            std::unique_lock<std::mutex> lock(state->mutex);
-            state->wake.wait(lock, [&state] { return state->stopped || !state->tasks.empty(); });
+            orx::sync::MutexLock lock(state->mutex);
+            while (!state->stopped && state->tasks.empty()) {
+                state->wake.Wait(state->mutex);
+            }
             if (state->stopped) {
                 return;
             }

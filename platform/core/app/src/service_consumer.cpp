@@ -2,6 +2,7 @@
 
 #include "app_log.h"
 #include "consumer_core.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc::app {
 namespace {
@@ -31,19 +32,20 @@ const ServiceDeployment& ServiceConsumer::Deployment() const {
 }
 
 bool ServiceConsumer::IsAvailable() const {
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     return core_->available;
 }
 
 bool ServiceConsumer::WaitForService(std::chrono::milliseconds timeout) const {
-    std::unique_lock<std::mutex> lock(core_->mutex);
-    return core_->availabilityChanged.wait_for(lock, timeout, [this] { return core_->available; });
+    orx::sync::MutexLock lock(core_->mutex);
+    return core_->availabilityChanged.WaitFor(
+        core_->mutex, timeout, [this]() REQUIRES(core_->mutex) { return core_->available; });
 }
 
 void ServiceConsumer::SetAvailabilityHandler(std::function<void(bool available)> handler) {
     bool availableNow = false;
     {
-        std::lock_guard<std::mutex> lock(core_->mutex);
+        orx::sync::MutexLock lock(core_->mutex);
         core_->availabilityHandler = handler;
         availableNow = core_->available;
     }
@@ -54,7 +56,7 @@ void ServiceConsumer::SetAvailabilityHandler(std::function<void(bool available)>
 
 void ServiceConsumer::SetSampleTimeoutHandler(
     std::function<void(const std::string& event, uint32_t count)> handler) {
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     core_->timeoutHandler = std::move(handler);
 }
 
@@ -110,7 +112,7 @@ std::shared_ptr<Proxy> ServiceConsumer::PrepareCall(const std::string& name, Met
         return nullptr;
     }
     info = it->second;
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     if (!core_->proxy) {
         error = ara::com::ComErrc::kServiceNotAvailable;
     }

@@ -3,6 +3,7 @@
 #include "app_log.h"
 #include "dds_topics.h"
 #include "dfx_reports.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/app/descriptions.h"
 
 namespace vorx::vcc::app {
@@ -36,8 +37,8 @@ class ServiceProvider::Core {
     const ServiceDeployment deployment;
     const detail::DfxReports reports;
     std::shared_ptr<Skeleton> skeleton;  // set in the constructor; null without traffic binding
-    std::mutex offerMutex;               // serialises Offer and StopOffer
-    bool offered{false};                 // guarded by offerMutex
+    orx::sync::Mutex offerMutex;         // serialises Offer and StopOffer
+    bool offered GUARDED_BY(offerMutex){false};
 };
 
 ServiceProvider::ServiceProvider(ServiceDeployment deployment)
@@ -58,7 +59,7 @@ const ServiceDeployment& ServiceProvider::Deployment() const {
 }
 
 bool ServiceProvider::Offer() {
-    std::lock_guard<std::mutex> lock(core_->offerMutex);
+    orx::sync::MutexLock lock(core_->offerMutex);
     if (core_->offered) {
         return true;
     }
@@ -81,7 +82,7 @@ bool ServiceProvider::Offer() {
 }
 
 void ServiceProvider::StopOffer() {
-    std::lock_guard<std::mutex> lock(core_->offerMutex);
+    orx::sync::MutexLock lock(core_->offerMutex);
     if (!core_->offered) {
         return;
     }
@@ -99,7 +100,7 @@ void ServiceProvider::StopOffer() {
 }
 
 bool ServiceProvider::IsOffered() const {
-    std::lock_guard<std::mutex> lock(core_->offerMutex);
+    orx::sync::MutexLock lock(core_->offerMutex);
     return core_->offered;
 }
 

@@ -3,18 +3,16 @@
 #include <dlfcn.h>
 
 #include <atomic>
-#include <cstdlib>
-#include <mutex>
 
 #include "ara/kelda/common/log/log.h"
-#include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/register_dfx_interface.h"
 
 namespace vorx::vcc {
 namespace {
 
 struct LoaderState {
-    std::mutex mutex;                 // serialises Load
+    orx::sync::Mutex mutex;           // serialises Load
     std::atomic<bool> loaded{false};  // read without the lock: the plug-in may ask while loading
 };
 
@@ -23,50 +21,37 @@ LoaderState& State() {
     return *state;
 }
 
-std::string ResolvePath(const std::string& path) {
-    if (!path.empty()) {
-        return path;
-    }
-    const char* fromEnv = std::getenv("ORX_DFX_PLUGIN");
-    if (fromEnv != nullptr && fromEnv[0] != '\0') {
-        return fromEnv;
-    }
-    return ara::kelda::common::orxConfigParser::ParseJsonToGetConfig::GetInstance()
-        ->GetPluginPath();
-}
-
 }  // namespace
 
 bool DfxPluginLoader::Load(const std::string& path) {
     LoaderState& state = State();
-    std::lock_guard<std::mutex> lock(state.mutex);
+    orx::sync::MutexLock lock(state.mutex);
     if (state.loaded.load()) {
         return true;
     }
     const auto log = ara::kelda::common::log::Log::GetLog("CM");
-    const std::string target = ResolvePath(path);
-    if (target.empty()) {
+    if (path.empty()) {
         log->LogInfo() << "DFX plug-in not configured, maintenance reporting is off";
         return false;
     }
     // The plug-in's static initialisers run inside dlopen and register its singletons.
     (void)dlerror();
-    void* handle = dlopen(target.c_str(), RTLD_NOW | RTLD_GLOBAL);
+    void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
     if (handle == nullptr) {
         const char* error = dlerror();
-        log->LogWarn() << "Failed to load DFX plug-in[path=" << target
+        log->LogWarn() << "Failed to load DFX plug-in[path=" << path
                        << ", error=" << (error != nullptr ? error : "unknown")
                        << "], maintenance reporting is off";
         return false;
     }
     if (!RegisterDfxInterface::GetOrxMaintaindInterface()) {
         // Not unloaded: its initialisers may have registered other things.
-        log->LogWarn() << "DFX plug-in registered no maintenance interface[path=" << target
+        log->LogWarn() << "DFX plug-in registered no maintenance interface[path=" << path
                        << "], maintenance reporting is off";
         return false;
     }
     state.loaded.store(true);
-    log->LogInfo() << "DFX plug-in loaded[path=" << target << "]";
+    log->LogInfo() << "DFX plug-in loaded[path=" << path << "]";
     return true;
 }
 

@@ -3,10 +3,8 @@
 #include <sys/prctl.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <exception>
-#include <mutex>
 #include <set>
 #include <thread>
 #include <tuple>
@@ -14,6 +12,7 @@
 #include <utility>
 
 #include "ara/kelda/common/log/log.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 namespace {
@@ -26,7 +25,8 @@ struct Job {
     const EventHandle handle;
     const EventScheduleMode mode;
     const std::function<void()> task;
-    // The members below are guarded by the controller's mutex.
+    // The members below belong to the controller's mutex: only its functions that hold it
+    // (REQUIRES(mutex_)) touch them.
     long start;             // next start, absolute monotonic ns
     const long period;      // ns, cyclic jobs only
     std::uint64_t seq = 0;  // insertion order, breaks ties between equal starts
@@ -40,34 +40,37 @@ QueueKey KeyOf(const Job& job) {
     return QueueKey(job.start, job.seq, job.handle);
 }
 
-std::chrono::steady_clock::time_point ToSteady(long monoNs) {
-    // steady_clock is CLOCK_MONOTONIC on Linux, the same clock as GetCurMonoTime().
-    return std::chrono::steady_clock::time_point(std::chrono::nanoseconds(monoNs));
-}
-
 }  // namespace
 
 class EventController::Impl {
   public:
-    Impl() : log_(Log::GetLog("CM")) {}
+    explicit Impl(std::shared_ptr<MonoClock> clock)
+        : log_(Log::GetLog("CM")), clock_(std::move(clock)) {}
 
-    void Start(const std::shared_ptr<Impl>& self) {
+    const std::shared_ptr<MonoClock>& Clock() const { return clock_; }
+
+    bool OnWorkerThread() const EXCLUDES(mutex_) {
+        orx::sync::MutexLock lock(mutex_);
+        return std::this_thread::get_id() == workerId_;
+    }
+
+    void Start(const std::shared_ptr<Impl>& self) EXCLUDES(mutex_) {
         // The worker keeps the state alive, so a controller destroyed from inside one of its
         // own jobs can detach the worker and let it finish on its own.
         worker_ = std::thread([self] { self->Run(); });
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         workerId_ = worker_.get_id();
     }
 
-    void Stop() {
+    void Stop() EXCLUDES(mutex_) {
         std::unordered_map<EventHandle, std::shared_ptr<Job>> dropped;
         bool onWorker = false;
         {
-            std::unique_lock<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             stop_ = true;
             dropped.swap(jobs_);
             queue_.clear();
-            wakeCv_.notify_all();
+            wakeCv_.NotifyAll();
             onWorker = std::this_thread::get_id() == workerId_;
         }
         dropped.clear();  // tasks die outside the lock
@@ -79,7 +82,7 @@ class EventController::Impl {
     }
 
     EventHandle NewEvent(EventScheduleMode mode, const std::function<void()>& task, long start,
-                         long period) {
+                         long period) EXCLUDES(mutex_) {
         if (!task) {
             log_->LogWarn() << "[EventController][Refused to create a job without a task]";
             return kInvalidEventHandle;
@@ -89,14 +92,14 @@ class EventController::Impl {
                             << "]";
             return kInvalidEventHandle;
         }
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const EventHandle handle = NextHandleLocked();
         jobs_.emplace(handle, std::make_shared<Job>(handle, mode, task, start, period));
         return handle;
     }
 
-    bool InsertEvent(EventHandle handle) {
-        std::lock_guard<std::mutex> lock(mutex_);
+    bool InsertEvent(EventHandle handle) EXCLUDES(mutex_) {
+        orx::sync::MutexLock lock(mutex_);
         auto it = jobs_.find(handle);
         if (it == jobs_.end()) {
             return false;
@@ -108,12 +111,12 @@ class EventController::Impl {
         return true;
     }
 
-    void DelEvent(EventHandle handle) {
+    void DelEvent(EventHandle handle) EXCLUDES(mutex_) {
         if (handle == kInvalidEventHandle) {
             return;  // also the value of running_ while nothing runs: never wait for it
         }
         std::shared_ptr<Job> victim;  // declared first: dies after the lock is released
-        std::unique_lock<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto it = jobs_.find(handle);
         if (it != jobs_.end()) {
             victim = std::move(it->second);
@@ -124,38 +127,40 @@ class EventController::Impl {
             }
         }
         if (std::this_thread::get_id() != workerId_) {
-            doneCv_.wait(lock, [this, handle] { return running_ != handle; });
+            doneCv_.Wait(mutex_, [this, handle]() REQUIRES(mutex_) { return running_ != handle; });
         }
     }
 
-    std::size_t PendingCount() const {
-        std::lock_guard<std::mutex> lock(mutex_);
+    std::size_t PendingCount() const EXCLUDES(mutex_) {
+        orx::sync::MutexLock lock(mutex_);
         return queue_.size();
     }
 
-    bool WaitForDueOneShotJobs(std::chrono::milliseconds timeout) {
-        std::unique_lock<std::mutex> lock(mutex_);
+    bool WaitForDueJobs(std::chrono::milliseconds timeout, bool cyclicToo) EXCLUDES(mutex_) {
+        orx::sync::MutexLock lock(mutex_);
         if (std::this_thread::get_id() == workerId_) {
             return false;
         }
         const auto deadline = std::chrono::steady_clock::now() + timeout;
-        return doneCv_.wait_until(lock, deadline, [this] { return !busy_ && !DueOneShotLocked(); });
+        return doneCv_.WaitUntil(mutex_, deadline, [this, cyclicToo]() REQUIRES(mutex_) {
+            return !busy_ && !DueLocked(cyclicToo);
+        });
     }
 
   private:
-    void Run() {
+    void Run() EXCLUDES(mutex_) {
         // The kernel may otherwise let the worker's timed waits expire up to 50 us late (the
         // default timer slack), which would be most of the dispatch delay of every timed job.
         (void)prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
-        std::unique_lock<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         while (!stop_) {
             if (queue_.empty()) {
-                wakeCv_.wait(lock);
+                wakeCv_.Wait(mutex_);
                 continue;
             }
             const QueueKey first = *queue_.begin();
-            if (std::get<0>(first) > GetCurMonoTime()) {
-                wakeCv_.wait_until(lock, ToSteady(std::get<0>(first)));
+            if (std::get<0>(first) > clock_->Now()) {
+                clock_->WaitUntil(mutex_, wakeCv_, std::get<0>(first));
                 continue;
             }
             queue_.erase(queue_.begin());
@@ -163,38 +168,39 @@ class EventController::Impl {
             job->queued = false;
             running_ = job->handle;
             busy_ = true;
-            lock.unlock();
+            lock.Unlock();
 
             RunGuarded(*job);
 
-            lock.lock();
+            lock.Lock();
             running_ = kInvalidEventHandle;
             FinishLocked(job);
-            doneCv_.notify_all();
-            lock.unlock();
+            doneCv_.NotifyAll();
+            lock.Unlock();
             job.reset();  // may destroy the task: never under the lock
-            lock.lock();
+            lock.Lock();
             busy_ = false;
-            doneCv_.notify_all();
+            doneCv_.NotifyAll();
         }
     }
 
-    // A one-shot job that should have started by now waits in the queue.
-    bool DueOneShotLocked() const {
-        const long now = GetCurMonoTime();
+    // A job that should have started by now waits in the queue (a one-shot one, or any).
+    bool DueLocked(bool cyclicToo) const REQUIRES(mutex_) {
+        const long now = clock_->Now();
         for (const QueueKey& key : queue_) {
             if (std::get<0>(key) > now) {
                 return false;  // the queue is ordered by start
             }
             const auto it = jobs_.find(std::get<2>(key));
-            if (it != jobs_.end() && it->second->mode != EventScheduleMode::kCyclic) {
+            if (it != jobs_.end() &&
+                (cyclicToo || it->second->mode != EventScheduleMode::kCyclic)) {
                 return true;
             }
         }
         return false;
     }
 
-    void RunGuarded(const Job& job) {
+    void RunGuarded(const Job& job) EXCLUDES(mutex_) {
         try {
             job.task();
         } catch (const std::exception& e) {
@@ -208,7 +214,7 @@ class EventController::Impl {
 
     // After a run: requeue a cyclic job on its grid, forget a one-shot job. A job that was
     // deleted or re-inserted while it ran is left as it is.
-    void FinishLocked(const std::shared_ptr<Job>& job) {
+    void FinishLocked(const std::shared_ptr<Job>& job) REQUIRES(mutex_) {
         auto it = jobs_.find(job->handle);
         if (it == jobs_.end() || it->second != job || job->queued) {
             return;
@@ -218,7 +224,7 @@ class EventController::Impl {
             return;
         }
         long next = job->start + job->period;
-        const long now = GetCurMonoTime();
+        const long now = clock_->Now();
         if (now - next >= job->period) {
             // Fell behind by more than a period: skip to the latest slot that is due.
             next += ((now - next) / job->period) * job->period;
@@ -227,16 +233,16 @@ class EventController::Impl {
         QueueLocked(*job);
     }
 
-    void QueueLocked(Job& job) {
+    void QueueLocked(Job& job) REQUIRES(mutex_) {
         job.seq = nextSeq_++;
         job.queued = true;
         const auto pos = queue_.insert(KeyOf(job)).first;
         if (pos == queue_.begin()) {
-            wakeCv_.notify_one();  // the worker may sleep until a later start
+            wakeCv_.NotifyOne();  // the worker may sleep until a later start
         }
     }
 
-    EventHandle NextHandleLocked() {
+    EventHandle NextHandleLocked() REQUIRES(mutex_) {
         for (;;) {
             const EventHandle candidate = nextHandle_++;
             if (candidate != kInvalidEventHandle && candidate != 0xFFFFFFFFU &&
@@ -247,19 +253,20 @@ class EventController::Impl {
     }
 
     const std::shared_ptr<Log> log_;
+    const std::shared_ptr<MonoClock> clock_;
     std::thread worker_;
 
-    mutable std::mutex mutex_;
-    std::condition_variable wakeCv_;                              // worker: new front job, or stop
-    std::condition_variable doneCv_;                              // DelEvent: the running job ended
-    std::unordered_map<EventHandle, std::shared_ptr<Job>> jobs_;  // guarded by mutex_
-    std::set<QueueKey> queue_;                                    // guarded by mutex_
-    std::uint64_t nextSeq_ = 0;                                   // guarded by mutex_
-    EventHandle nextHandle_ = 1;                                  // guarded by mutex_
-    EventHandle running_ = kInvalidEventHandle;                   // guarded by mutex_
-    std::thread::id workerId_;                                    // guarded by mutex_
-    bool stop_ = false;                                           // guarded by mutex_
-    bool busy_ = false;  // a job runs or its task is being destroyed; guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    orx::sync::CondVar wakeCv_;  // worker: new front job, or stop
+    orx::sync::CondVar doneCv_;  // DelEvent: the running job ended
+    std::unordered_map<EventHandle, std::shared_ptr<Job>> jobs_ GUARDED_BY(mutex_);
+    std::set<QueueKey> queue_ GUARDED_BY(mutex_);
+    std::uint64_t nextSeq_ GUARDED_BY(mutex_) = 0;
+    EventHandle nextHandle_ GUARDED_BY(mutex_) = 1;
+    EventHandle running_ GUARDED_BY(mutex_) = kInvalidEventHandle;
+    std::thread::id workerId_ GUARDED_BY(mutex_);
+    bool stop_ GUARDED_BY(mutex_) = false;
+    bool busy_ GUARDED_BY(mutex_) = false;  // a job runs or its task is being destroyed
 };
 
 namespace {
@@ -285,8 +292,19 @@ std::shared_ptr<EventController> EventController::GetInstance() {
     return *instance;
 }
 
-EventController::EventController() : impl_(std::make_shared<Impl>()) {
+EventController::EventController() : EventController(MonoClock::Real()) {}
+
+EventController::EventController(std::shared_ptr<MonoClock> clock)
+    : impl_(std::make_shared<Impl>(std::move(clock))) {
     impl_->Start(impl_);
+}
+
+long EventController::GetCurMonoTime() const {
+    return impl_->Clock()->Now();
+}
+
+const std::shared_ptr<MonoClock>& EventController::Clock() const {
+    return impl_->Clock();
 }
 
 EventController::~EventController() {
@@ -311,7 +329,15 @@ std::size_t EventController::PendingCount() const {
 }
 
 bool EventController::WaitForDueOneShotJobs(std::chrono::milliseconds timeout) {
-    return impl_->WaitForDueOneShotJobs(timeout);
+    return impl_->WaitForDueJobs(timeout, false);
+}
+
+bool EventController::WaitForDueJobs(std::chrono::milliseconds timeout) {
+    return impl_->WaitForDueJobs(timeout, true);
+}
+
+bool EventController::OnWorkerThread() const {
+    return impl_->OnWorkerThread();
 }
 
 }  // namespace vorx::vcc

@@ -1,17 +1,29 @@
 #include "vorx/vcc/register_dfx_interface.h"
 
-#include <mutex>
 #include <utility>
+
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 namespace {
 
 struct Registry {
-    std::mutex mutex;
-    std::shared_ptr<DDSDfxConfigInterface> config;  // guarded by mutex
-    std::shared_ptr<OrxMaintaindInterface> client;  // guarded by mutex
-    std::uint32_t configCount = 0;                  // guarded by mutex
-    std::uint32_t clientCount = 0;                  // guarded by mutex
+    orx::sync::Mutex mutex;
+    std::shared_ptr<DDSDfxConfigInterface> config GUARDED_BY(mutex);
+    std::shared_ptr<OrxMaintaindInterface> client GUARDED_BY(mutex);
+    std::uint32_t configCount GUARDED_BY(mutex) = 0;
+    std::uint32_t clientCount GUARDED_BY(mutex) = 0;
+
+    // Replaces the object in `slot` (config or client), counts non-null objects and returns the
+    // object replaced, for the caller to drop after unlocking.
+    template <typename T>
+    std::shared_ptr<T> Exchange(std::shared_ptr<T>& slot, std::uint32_t& count,
+                                std::shared_ptr<T> object) REQUIRES(mutex) {
+        if (object) {
+            ++count;
+        }
+        return std::exchange(slot, std::move(object));
+    }
 };
 
 Registry& TheRegistry();
@@ -27,7 +39,7 @@ struct ReleaseAtExit {
         std::shared_ptr<OrxMaintaindInterface> client;
         {
             Registry& registry = TheRegistry();
-            std::lock_guard<std::mutex> lock(registry.mutex);
+            orx::sync::MutexLock lock(registry.mutex);
             config = std::move(registry.config);
             client = std::move(registry.client);
         }
@@ -42,53 +54,45 @@ Registry& TheRegistry() {
     return *registry;
 }
 
-// Replaces the object in `slot` (a member of `registry`) and counts non-null objects.
-template <typename T>
-void Store(Registry& registry, std::shared_ptr<T>& slot, std::uint32_t& count,
-           std::shared_ptr<T> object) {
-    std::shared_ptr<T> previous;  // dies after the lock is released
-    std::lock_guard<std::mutex> lock(registry.mutex);
-    if (object) {
-        ++count;
-    }
-    previous = std::exchange(slot, std::move(object));
-}
-
 }  // namespace
 
 void RegisterDfxInterface::RegisterDfxConfigInterface(
     std::shared_ptr<DDSDfxConfigInterface> config) {
     Registry& registry = TheRegistry();
-    Store(registry, registry.config, registry.configCount, std::move(config));
+    std::shared_ptr<DDSDfxConfigInterface> previous;  // dies after the lock is released
+    orx::sync::MutexLock lock(registry.mutex);
+    previous = registry.Exchange(registry.config, registry.configCount, std::move(config));
 }
 
 void RegisterDfxInterface::RegisterOrxMaintaindInterface(
     std::shared_ptr<OrxMaintaindInterface> client) {
     Registry& registry = TheRegistry();
-    Store(registry, registry.client, registry.clientCount, std::move(client));
+    std::shared_ptr<OrxMaintaindInterface> previous;  // dies after the lock is released
+    orx::sync::MutexLock lock(registry.mutex);
+    previous = registry.Exchange(registry.client, registry.clientCount, std::move(client));
 }
 
 std::shared_ptr<DDSDfxConfigInterface> RegisterDfxInterface::GetDfxConfigInterface() {
     Registry& registry = TheRegistry();
-    std::lock_guard<std::mutex> lock(registry.mutex);
+    orx::sync::MutexLock lock(registry.mutex);
     return registry.config;
 }
 
 std::shared_ptr<OrxMaintaindInterface> RegisterDfxInterface::GetOrxMaintaindInterface() {
     Registry& registry = TheRegistry();
-    std::lock_guard<std::mutex> lock(registry.mutex);
+    orx::sync::MutexLock lock(registry.mutex);
     return registry.client;
 }
 
 std::uint32_t RegisterDfxInterface::DfxConfigRegistrationCount() {
     Registry& registry = TheRegistry();
-    std::lock_guard<std::mutex> lock(registry.mutex);
+    orx::sync::MutexLock lock(registry.mutex);
     return registry.configCount;
 }
 
 std::uint32_t RegisterDfxInterface::OrxMaintaindRegistrationCount() {
     Registry& registry = TheRegistry();
-    std::lock_guard<std::mutex> lock(registry.mutex);
+    orx::sync::MutexLock lock(registry.mutex);
     return registry.clientCount;
 }
 

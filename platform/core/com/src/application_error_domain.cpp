@@ -2,7 +2,8 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
+
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 namespace {
@@ -23,9 +24,9 @@ class ApplicationErrorDomain final : public ara::core::ErrorDomain {
 
 const ara::core::ErrorDomain& GetApplicationErrorDomain(uint64_t id, const std::string& name) {
     // Never destroyed: error codes may be read during static destruction.
-    static auto* const mutex = new std::mutex();
+    static auto* const mutex = new orx::sync::Mutex();
     static auto* const domains = new std::map<uint64_t, std::unique_ptr<ApplicationErrorDomain>>();
-    std::lock_guard<std::mutex> lock(*mutex);
+    orx::sync::MutexLock lock(*mutex);
     auto& domain = (*domains)[id];
     if (!domain) {
         domain = std::make_unique<ApplicationErrorDomain>(id, name);

@@ -1,26 +1,28 @@
 #include "callback_gate.h"
 
+#include "orx/sync/mutex.h"
+
 namespace vorx::vcc {
 
 void CallbackGate::Close() {
-    std::unique_lock<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     closed_ = true;
     if (active_ > 0 && runner_ == std::this_thread::get_id()) {
         return;  // closing from inside the callback itself
     }
-    idle_.wait(lock, [this] { return active_ == 0; });
+    idle_.Wait(mutex_, [this]() REQUIRES(mutex_) { return active_ == 0; });
 }
 
 bool CallbackGate::IsClosed() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return closed_;
 }
 
 void CallbackGate::Exit() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (--active_ == 0) {
         runner_ = std::thread::id();
-        idle_.notify_all();
+        idle_.NotifyAll();
     }
 }
 

@@ -1,9 +1,9 @@
 #ifndef VORX_VCC_COM_SRC_CALLBACK_GATE_H
 #define VORX_VCC_COM_SRC_CALLBACK_GATE_H
 
-#include <condition_variable>
-#include <mutex>
 #include <thread>
+
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 
@@ -14,9 +14,9 @@ class CallbackGate {
   public:
     // Runs `fn` unless the gate is closed. Returns whether it ran.
     template <class F>
-    bool Run(F&& fn) {
+    bool Run(F&& fn) EXCLUDES(mutex_) {
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             if (closed_) {
                 return false;
             }
@@ -31,17 +31,17 @@ class CallbackGate {
         return true;
     }
 
-    void Close();
-    bool IsClosed() const;
+    void Close() EXCLUDES(mutex_);
+    bool IsClosed() const EXCLUDES(mutex_);
 
   private:
-    void Exit();
+    void Exit() EXCLUDES(mutex_);
 
-    mutable std::mutex mutex_;
-    std::condition_variable idle_;
-    bool closed_{false};      // guarded by mutex_
-    int active_{0};           // guarded by mutex_
-    std::thread::id runner_;  // guarded by mutex_: thread of the running callback
+    mutable orx::sync::Mutex mutex_;
+    orx::sync::CondVar idle_;
+    bool closed_ GUARDED_BY(mutex_){false};
+    int active_ GUARDED_BY(mutex_){0};
+    std::thread::id runner_ GUARDED_BY(mutex_);  // thread of the running callback
 };
 
 }  // namespace vorx::vcc

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "com_log.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 
@@ -12,13 +13,13 @@ EventReceiver::~EventReceiver() {
 }
 
 void EventReceiver::SetThreadSettings(uint16_t priority, uint16_t queueSize) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     priority_ = priority;
     queueSize_ = std::max<uint16_t>(queueSize, 1);
 }
 
 void EventReceiver::SetHandler(uint32_t entityId, std::function<void()> handler) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     handlers_[entityId] = std::make_shared<std::function<void()>>(std::move(handler));
     auto sub = subscriptions_.find(entityId);
     if (sub != subscriptions_.end() && !sub->second.samples.empty()) {
@@ -27,20 +28,20 @@ void EventReceiver::SetHandler(uint32_t entityId, std::function<void()> handler)
 }
 
 bool EventReceiver::Add(uint32_t entityId, size_t cacheSize) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     Subscription subscription;
     subscription.capacity = std::max<size_t>(cacheSize, 1);
     return subscriptions_.emplace(entityId, std::move(subscription)).second;
 }
 
 bool EventReceiver::IsSubscribed(uint32_t entityId) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return subscriptions_.count(entityId) != 0;
 }
 
 bool EventReceiver::Remove(uint32_t entityId) {
     std::deque<EventSample> dropped;  // released outside the lock
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto it = subscriptions_.find(entityId);
     if (it == subscriptions_.end()) {
         return false;
@@ -51,7 +52,7 @@ bool EventReceiver::Remove(uint32_t entityId) {
 }
 
 void EventReceiver::OnSample(const EventSample& sample) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto it = subscriptions_.find(sample.entityId);
     if (it == subscriptions_.end()) {
         return;  // unsubscribed while the sample was on its way
@@ -66,7 +67,7 @@ void EventReceiver::OnSample(const EventSample& sample) {
 
 std::vector<EventSample> EventReceiver::Take(uint32_t entityId, size_t maxCount) {
     std::vector<EventSample> taken;
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto it = subscriptions_.find(entityId);
     if (it == subscriptions_.end()) {
         return taken;
@@ -84,7 +85,7 @@ std::vector<EventSample> EventReceiver::Take(uint32_t entityId, size_t maxCount)
 void EventReceiver::Stop() {
     std::unique_ptr<TaskThread> thread;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         stopped_ = true;
         thread = std::move(thread_);
         noticed_.clear();
@@ -112,7 +113,7 @@ void EventReceiver::NoticeLocked(uint32_t entityId) {
 void EventReceiver::RunHandler(uint32_t entityId) {
     std::shared_ptr<std::function<void()>> handler;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         noticed_.erase(entityId);  // samples arriving from now on notice again
         if (stopped_) {
             return;

@@ -7,10 +7,10 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <vector>
 
+#include "orx/sync/mutex.h"
 #include "task_thread.h"
 #include "vorx/vcc/driver/driver.h"
 
@@ -52,18 +52,18 @@ class EventReceiver {
         std::deque<EventSample> samples;
     };
 
-    // Queues a run of the handler of `entityId` unless one is queued already. REQUIRES: mutex_.
-    void NoticeLocked(uint32_t entityId);
-    void RunHandler(uint32_t entityId);
+    // Queues a run of the handler of `entityId` unless one is queued already.
+    void NoticeLocked(uint32_t entityId) REQUIRES(mutex_);
+    void RunHandler(uint32_t entityId) EXCLUDES(mutex_);
 
-    mutable std::mutex mutex_;
-    std::map<uint32_t, Subscription> subscriptions_;                       // guarded by mutex_
-    std::map<uint32_t, std::shared_ptr<std::function<void()>>> handlers_;  // guarded by mutex_
-    std::set<uint32_t> noticed_;          // guarded by mutex_: handler runs queued, not started
-    uint16_t priority_{0};                // guarded by mutex_
-    uint16_t queueSize_{1024};            // guarded by mutex_
-    bool stopped_{false};                 // guarded by mutex_
-    std::unique_ptr<TaskThread> thread_;  // guarded by mutex_; made on the first notice
+    mutable orx::sync::Mutex mutex_;
+    std::map<uint32_t, Subscription> subscriptions_ GUARDED_BY(mutex_);
+    std::map<uint32_t, std::shared_ptr<std::function<void()>>> handlers_ GUARDED_BY(mutex_);
+    std::set<uint32_t> noticed_ GUARDED_BY(mutex_);  // handler runs queued, not started
+    uint16_t priority_ GUARDED_BY(mutex_){0};
+    uint16_t queueSize_ GUARDED_BY(mutex_){1024};
+    bool stopped_ GUARDED_BY(mutex_){false};
+    std::unique_ptr<TaskThread> thread_ GUARDED_BY(mutex_);  // made on the first notice
 };
 
 }  // namespace vorx::vcc

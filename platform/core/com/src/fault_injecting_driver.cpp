@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "callback_gate.h"
+#include "orx/sync/mutex.h"
 #include "task_thread.h"
 
 namespace vorx::vcc {
@@ -14,7 +15,7 @@ FaultInjectingDriver::FaultInjectingDriver(std::shared_ptr<Driver> inner)
 FaultInjectingDriver::~FaultInjectingDriver() = default;
 
 void FaultInjectingDriver::Inject(FaultChannel channel, Fault fault, uint32_t count) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto& queue = faults_[static_cast<size_t>(channel)];
     for (uint32_t i = 0; i < count; ++i) {
         queue.push_back(fault);
@@ -22,7 +23,7 @@ void FaultInjectingDriver::Inject(FaultChannel channel, Fault fault, uint32_t co
 }
 
 void FaultInjectingDriver::Clear() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     for (auto& queue : faults_) {
         queue.clear();
     }
@@ -32,32 +33,32 @@ void FaultInjectingDriver::Clear() {
 }
 
 size_t FaultInjectingDriver::PendingFaults(FaultChannel channel) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return faults_[static_cast<size_t>(channel)].size();
 }
 
 uint64_t FaultInjectingDriver::SendCount(FaultChannel channel) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return sends_[static_cast<size_t>(channel)];
 }
 
 void FaultInjectingDriver::SetRequestRewriter(std::function<void(MethodCall&)> rewriter) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     requestRewriter_ = std::move(rewriter);
 }
 
 void FaultInjectingDriver::SetReplyRewriter(std::function<void(MethodReply&)> rewriter) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     replyRewriter_ = std::move(rewriter);
 }
 
 void FaultInjectingDriver::SetRequestDecider(std::function<Fault(const MethodCall&)> decider) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     requestDecider_ = std::move(decider);
 }
 
 bool FaultInjectingDriver::NextFault(FaultChannel channel, Fault& fault) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     ++sends_[static_cast<size_t>(channel)];
     auto& queue = faults_[static_cast<size_t>(channel)];
     if (queue.empty()) {
@@ -121,7 +122,7 @@ bool FaultInjectingDriver::SendRequest(ClientId client, MethodCall call) {
     std::function<void(MethodCall&)> rewriter;
     std::function<Fault(const MethodCall&)> decider;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         rewriter = requestRewriter_;
         decider = requestDecider_;
     }
@@ -140,7 +141,7 @@ bool FaultInjectingDriver::SendRequest(ClientId client, MethodCall call) {
 bool FaultInjectingDriver::SendReply(ProviderId provider, MethodReply reply) {
     std::function<void(MethodReply&)> rewriter;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         rewriter = replyRewriter_;
     }
     if (rewriter) {
@@ -172,21 +173,22 @@ void FaultInjectingDriver::Unsubscribe(ClientId client, uint32_t entityId) {
 void FaultInjectingDriver::TellWatches(std::function<void(const PeerCallbacks&)> call) {
     std::vector<std::pair<PeerCallbacks, std::shared_ptr<CallbackGate>>> targets;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         for (const auto& [id, watch] : watches_) {
             targets.emplace_back(watch.callbacks, watch.gate);
         }
     }
     delayer_->Post([targets = std::move(targets), call = std::move(call)] {
-        for (const auto& [callbacks, gate] : targets) {
-            gate->Run([&] { call(callbacks); });
+        for (const auto& target : targets) {
+            const PeerCallbacks& callbacks = target.first;
+            target.second->Run([&] { call(callbacks); });
         }
     });
 }
 
 void FaultInjectingDriver::AddPeer(const PeerInfo& peer) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         standIns_[peer.key] = peer;
     }
     TellWatches([peer](const PeerCallbacks& callbacks) {
@@ -198,7 +200,7 @@ void FaultInjectingDriver::AddPeer(const PeerInfo& peer) {
 
 void FaultInjectingDriver::LosePeer(const PeerKey& key) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         standIns_.erase(key);
     }
     TellWatches([key](const PeerCallbacks& callbacks) {
@@ -214,7 +216,7 @@ PeerInfo FaultInjectingDriver::LocalPeer() const {
 
 std::optional<PeerInfo> FaultInjectingDriver::FindPeer(const PeerKey& key) const {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const auto found = standIns_.find(key);
         if (found != standIns_.end()) {
             return found->second;
@@ -232,7 +234,7 @@ PeerWatchId FaultInjectingDriver::WatchPeers(PeerCallbacks callbacks) {
     std::shared_ptr<CallbackGate> gate = watch.gate;
     PeerWatchId id = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         id = nextWatch_++;
         watches_.emplace(id, std::move(watch));
         for (const auto& [key, peer] : standIns_) {
@@ -256,7 +258,7 @@ PeerWatchId FaultInjectingDriver::WatchPeers(PeerCallbacks callbacks) {
 void FaultInjectingDriver::StopWatchPeers(PeerWatchId watch) {
     PeerWatch stopped;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const auto found = watches_.find(watch);
         if (found == watches_.end()) {
             return;

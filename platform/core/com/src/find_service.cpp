@@ -1,11 +1,11 @@
 // The static search operations of Proxy.
 #include <map>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 #include "com_log.h"
 #include "dfx_config_gate.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/driver/driver_registry.h"
 #include "vorx/vcc/proxy.h"
 
@@ -21,14 +21,14 @@ class SearchBook {
     }
 
     uint64_t Add(std::shared_ptr<Driver> driver, FindId find) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const uint64_t id = nextId_++;
         searches_.emplace(id, std::make_pair(std::move(driver), find));
         return id;
     }
 
     std::pair<std::shared_ptr<Driver>, FindId> Take(uint64_t id) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto it = searches_.find(id);
         if (it == searches_.end()) {
             return {nullptr, 0};
@@ -39,9 +39,9 @@ class SearchBook {
     }
 
   private:
-    std::mutex mutex_;
-    uint64_t nextId_{1};                                                       // guarded
-    std::map<uint64_t, std::pair<std::shared_ptr<Driver>, FindId>> searches_;  // guarded
+    orx::sync::Mutex mutex_;
+    uint64_t nextId_ GUARDED_BY(mutex_){1};
+    std::map<uint64_t, std::pair<std::shared_ptr<Driver>, FindId>> searches_ GUARDED_BY(mutex_);
 };
 
 }  // namespace

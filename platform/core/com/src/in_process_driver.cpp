@@ -1,14 +1,13 @@
 #include "vorx/vcc/driver/in_process_driver.h"
 
-#include <cstdlib>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "callback_gate.h"
+#include "orx/sync/mutex.h"
 #include "task_thread.h"
 #include "vorx/vcc/event_controller.h"
 
@@ -54,20 +53,12 @@ bool SameService(const ServiceDescription& a, const ServiceDescription& b) {
            a.serviceName == b.serviceName && a.instanceId == b.instanceId;
 }
 
-PayloadMode ModeFromEnvironment() {
-    const char* text = std::getenv("ORX_INPROCESS_PAYLOAD");
-    if (text != nullptr && std::string(text) == "objects") {
-        return PayloadMode::kObjects;
-    }
-    return PayloadMode::kBytes;
-}
-
 }  // namespace
 
 class InProcessDriver::Impl {
   public:
     ProviderId Offer(const ServiceDescription& offer, ServerCallbacks callbacks) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const ProviderId id = nextId_++;
         auto slot = std::make_shared<ServerSlot>();
         slot->callbacks = std::move(callbacks);
@@ -79,7 +70,7 @@ class InProcessDriver::Impl {
     void StopOffer(ProviderId provider) {
         std::shared_ptr<ServerSlot> slot;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto it = offers_.find(provider);
             if (it == offers_.end()) {
                 return;
@@ -105,7 +96,7 @@ class InProcessDriver::Impl {
     }
 
     FindId StartFind(const ServiceDescription& search, FindCallback callback) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const FindId id = nextId_++;
         auto slot = std::make_shared<FindSlot>();
         slot->callback = std::move(callback);
@@ -120,7 +111,7 @@ class InProcessDriver::Impl {
     void StopFind(FindId find) {
         std::shared_ptr<FindSlot> slot;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto it = finds_.find(find);
             if (it == finds_.end()) {
                 return;
@@ -132,7 +123,7 @@ class InProcessDriver::Impl {
     }
 
     ClientId Connect(const HandleType& handle, ClientCallbacks callbacks) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const ClientId id = nextId_++;
         auto slot = std::make_shared<ClientSlot>();
         slot->callbacks = std::move(callbacks);
@@ -143,7 +134,7 @@ class InProcessDriver::Impl {
     void Disconnect(ClientId client) {
         std::shared_ptr<ClientSlot> slot;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto it = clients_.find(client);
             if (it == clients_.end()) {
                 return;
@@ -155,7 +146,7 @@ class InProcessDriver::Impl {
     }
 
     bool SendRequest(ClientId client, MethodCall call) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto it = clients_.find(client);
         if (it == clients_.end()) {
             return false;
@@ -188,7 +179,7 @@ class InProcessDriver::Impl {
     }
 
     bool SendReply(ProviderId provider, MethodReply reply) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (offers_.count(provider) == 0) {
             return false;
         }
@@ -205,7 +196,7 @@ class InProcessDriver::Impl {
     }
 
     bool Publish(ProviderId provider, EventSample sample) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto offer = offers_.find(provider);
         if (offer == offers_.end()) {
             return false;
@@ -226,7 +217,7 @@ class InProcessDriver::Impl {
     }
 
     bool Subscribe(ClientId client, uint32_t entityId) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto it = clients_.find(client);
         if (it == clients_.end()) {
             return false;
@@ -236,7 +227,7 @@ class InProcessDriver::Impl {
     }
 
     void Unsubscribe(ClientId client, uint32_t entityId) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto it = clients_.find(client);
         if (it != clients_.end()) {
             it->second.subscriptions.erase(entityId);
@@ -244,8 +235,7 @@ class InProcessDriver::Impl {
     }
 
   private:
-    // REQUIRES: mutex_ held.
-    ServiceHandleContainer MatchesLocked(const ServiceDescription& search) const {
+    ServiceHandleContainer MatchesLocked(const ServiceDescription& search) const REQUIRES(mutex_) {
         ServiceHandleContainer handles;
         for (const auto& [id, offer] : offers_) {
             if (search.Matches(offer.desc)) {
@@ -255,8 +245,8 @@ class InProcessDriver::Impl {
         return handles;
     }
 
-    // Tells every search that `changed` concerns its new list. REQUIRES: mutex_ held.
-    void AnnounceLocked(const ServiceDescription& changed) {
+    // Tells every search that `changed` concerns its new list.
+    void AnnounceLocked(const ServiceDescription& changed) REQUIRES(mutex_) {
         for (auto& [id, find] : finds_) {
             if (find.search.Matches(changed)) {
                 PostToFind(find.slot, MatchesLocked(find.search));
@@ -279,21 +269,19 @@ class InProcessDriver::Impl {
         clientRx_.Post([slot, fn = std::forward<F>(fn)] { slot->gate.Run([&] { fn(*slot); }); });
     }
 
-    std::mutex mutex_;
-    uint64_t nextId_{1};                       // guarded by mutex_; shared by every kind of id
-    std::map<ProviderId, OfferEntry> offers_;  // guarded by mutex_
-    std::map<FindId, FindEntry> finds_;        // guarded by mutex_
-    std::map<ClientId, ClientEntry> clients_;  // guarded by mutex_
+    orx::sync::Mutex mutex_;
+    uint64_t nextId_ GUARDED_BY(mutex_){1};  // shared by every kind of id
+    std::map<ProviderId, OfferEntry> offers_ GUARDED_BY(mutex_);
+    std::map<FindId, FindEntry> finds_ GUARDED_BY(mutex_);
+    std::map<ClientId, ClientEntry> clients_ GUARDED_BY(mutex_);
     // Declared last so they stop first, before the tables they read go away.
     TaskThread discovery_{"vcc-inproc-sd"};
     TaskThread serverRx_{"vcc-inproc-srv"};
     TaskThread clientRx_{"vcc-inproc-cli"};
 };
 
-InProcessDriver::InProcessDriver()
-    : impl_(std::make_unique<Impl>()),
-      mode_(ModeFromEnvironment()),
-      localKey_(Driver::LocalPeer().key) {}
+InProcessDriver::InProcessDriver(PayloadMode mode)
+    : impl_(std::make_unique<Impl>()), mode_(mode), localKey_(Driver::LocalPeer().key) {}
 
 InProcessDriver::~InProcessDriver() = default;
 

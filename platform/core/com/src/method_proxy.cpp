@@ -4,6 +4,7 @@
 
 #include "application_error_domain.h"
 #include "com_log.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 namespace {
@@ -31,22 +32,22 @@ MethodProxyBase::MethodProxyBase(Settings settings, std::shared_ptr<Driver> driv
 MethodProxyBase::~MethodProxyBase() = default;
 
 uint16_t MethodProxyBase::GetNextSessionId() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return sessionId_;
 }
 
 void MethodProxyBase::SetNextSessionId(uint16_t sessionId) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     sessionId_ = sessionId;
 }
 
 size_t MethodProxyBase::WaitingCount() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return promises_.size();
 }
 
 void MethodProxyBase::Detach() {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     driver_.reset();
     client_ = 0;
 }
@@ -57,7 +58,7 @@ void MethodProxyBase::LogRequestStart() const {
 }
 
 bool MethodProxyBase::SendsObjects() const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return driver_ && driver_->GetPayloadMode() == PayloadMode::kObjects;
 }
 
@@ -91,7 +92,7 @@ void MethodProxyBase::SaveAndSend(Payload payload, const std::shared_ptr<Pending
     uint16_t sessionId = 0;
     bool replaced = false;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         driver = driver_;
         client = client_;
         if (driver) {
@@ -134,7 +135,7 @@ void MethodProxyBase::SaveAndSend(Payload payload, const std::shared_ptr<Pending
         << "[MethodProxyImpl]"
         << "[Method request failed][id=" << settings_.entityId << "]";
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto it = promises_.find(sessionId);
         if (it != promises_.end() && it->second == pending) {
             promises_.erase(it);
@@ -144,7 +145,7 @@ void MethodProxyBase::SaveAndSend(Payload payload, const std::shared_ptr<Pending
 }
 
 std::shared_ptr<PendingReply> MethodProxyBase::TakePending(uint16_t sessionId) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto it = promises_.find(sessionId);
     if (it == promises_.end()) {
         return nullptr;
@@ -248,7 +249,7 @@ void MethodProxyBase::HandleErrorReply(const MethodReply& reply,
 void MethodProxyBase::DestroyWaitingPromise(const ara::core::ErrorCode& error) {
     std::map<uint16_t, std::shared_ptr<PendingReply>> waiting;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         waiting.swap(promises_);
     }
     for (auto& [sessionId, pending] : waiting) {

@@ -5,6 +5,7 @@
 
 #include "com_log.h"
 #include "dfx_config_gate.h"
+#include "orx/sync/mutex.h"
 #include "proxy_core.h"
 
 namespace vorx::vcc {
@@ -23,7 +24,7 @@ const HandleType& Proxy::GetHandle() const {
 
 std::shared_ptr<MethodProxyBase> Proxy::LookupMethod(uint32_t entityId, const std::type_info& type,
                                                      bool logMismatch) const {
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     auto it = core_->methods.find(entityId);
     if (it == core_->methods.end()) {
         return nullptr;
@@ -40,7 +41,7 @@ std::shared_ptr<MethodProxyBase> Proxy::LookupMethod(uint32_t entityId, const st
 }
 
 bool Proxy::HasMethod(uint32_t entityId) const {
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     return core_->methods.count(entityId) != 0;
 }
 
@@ -64,7 +65,7 @@ bool Proxy::PrepareMethod(const api::types::MethodInfo& info, MethodBinding& bin
 
 std::shared_ptr<MethodProxyBase> Proxy::AddMethod(uint32_t entityId, const std::type_info& type,
                                                   std::shared_ptr<MethodProxyBase> created) {
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     auto [it, inserted] = core_->methods.emplace(entityId, Core::MethodEntry{&type, created});
     if (!inserted && *it->second.type != type) {
         return nullptr;

@@ -2,6 +2,7 @@
 
 #include "ara/com/com_error_domain.h"
 #include "com_log.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/driver/driver_registry.h"
 
 namespace vorx::vcc {
@@ -37,7 +38,7 @@ void Proxy::Core::Connect() {
 
 std::vector<std::shared_ptr<MethodProxyBase>> Proxy::Core::Methods() const {
     std::vector<std::shared_ptr<MethodProxyBase>> all;
-    std::lock_guard<std::mutex> lock(mutex);
+    orx::sync::MutexLock lock(mutex);
     all.reserve(methods.size());
     for (const auto& [entityId, entry] : methods) {
         all.push_back(entry.proxy);
@@ -63,7 +64,7 @@ void Proxy::Core::Shutdown() {
 void Proxy::Core::OnReply(const MethodReply& reply) {
     std::shared_ptr<MethodProxyBase> method;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orx::sync::MutexLock lock(mutex);
         auto it = methods.find(reply.entityId);
         if (it != methods.end()) {
             method = it->second.proxy;

@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <typeinfo>
 #include <vector>
 
 #include "event_receiver.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/driver/driver.h"
 #include "vorx/vcc/method_proxy.h"
 #include "vorx/vcc/proxy.h"
@@ -37,8 +37,8 @@ class Proxy::Core : public std::enable_shared_from_this<Proxy::Core> {
     std::shared_ptr<Driver> driver;  // set by Connect, then constant
     ClientId client{0};              // set by Connect, then constant
     EventReceiver events;
-    mutable std::mutex mutex;
-    std::map<uint32_t, MethodEntry> methods;  // guarded by mutex
+    mutable orx::sync::Mutex mutex;
+    std::map<uint32_t, MethodEntry> methods GUARDED_BY(mutex);
 
   private:
     void OnReply(const MethodReply& reply);

@@ -1,10 +1,10 @@
 #include "vorx/vcc/skeleton.h"
 
 #include <map>
-#include <mutex>
 #include <utility>
 
 #include "com_log.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/driver/driver_registry.h"
 
 namespace vorx::vcc {
@@ -18,7 +18,7 @@ class Skeleton::Core : public std::enable_shared_from_this<Skeleton::Core> {
     void Dispatch(ProviderId provider, const MethodCall& call) {
         MethodHandler handler;
         {
-            std::lock_guard<std::mutex> lock(mutex);
+            orx::sync::MutexLock lock(mutex);
             auto it = methods.find(call.entityId);
             if (it != methods.end()) {
                 handler = it->second;
@@ -40,10 +40,10 @@ class Skeleton::Core : public std::enable_shared_from_this<Skeleton::Core> {
 
     const ServiceDescription desc;
     const std::shared_ptr<Driver> driver;
-    mutable std::mutex mutex;
-    ProviderId provider{0};                     // guarded by mutex
-    std::map<uint32_t, MethodHandler> methods;  // guarded by mutex
-    std::mutex offerMutex;                      // serialises offering and withdrawing
+    mutable orx::sync::Mutex mutex;
+    ProviderId provider GUARDED_BY(mutex){0};
+    std::map<uint32_t, MethodHandler> methods GUARDED_BY(mutex);
+    orx::sync::Mutex offerMutex;  // serialises offering and withdrawing
 };
 
 Skeleton::Skeleton(const ServiceDescription& desc) : core_(std::make_shared<Core>(desc)) {}
@@ -53,7 +53,7 @@ Skeleton::~Skeleton() {
 }
 
 bool Skeleton::OfferService() {
-    std::lock_guard<std::mutex> offerLock(core_->offerMutex);
+    orx::sync::MutexLock offerLock(core_->offerMutex);
     if (IsOffered()) {
         return true;
     }
@@ -71,16 +71,16 @@ bool Skeleton::OfferService() {
                             << ", instanceId=" << core_->desc.instanceId << "]";
         return false;
     }
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     core_->provider = provider;
     return true;
 }
 
 void Skeleton::StopOfferService() {
-    std::lock_guard<std::mutex> offerLock(core_->offerMutex);
+    orx::sync::MutexLock offerLock(core_->offerMutex);
     ProviderId provider = 0;
     {
-        std::lock_guard<std::mutex> lock(core_->mutex);
+        orx::sync::MutexLock lock(core_->mutex);
         std::swap(provider, core_->provider);
     }
     if (provider != 0) {
@@ -89,7 +89,7 @@ void Skeleton::StopOfferService() {
 }
 
 bool Skeleton::IsOffered() const {
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     return core_->provider != 0;
 }
 
@@ -98,7 +98,7 @@ const ServiceDescription& Skeleton::GetDescription() const {
 }
 
 void Skeleton::AddMethod(uint32_t entityId, MethodHandler handler) {
-    std::lock_guard<std::mutex> lock(core_->mutex);
+    orx::sync::MutexLock lock(core_->mutex);
     core_->methods[entityId] = std::move(handler);
 }
 
@@ -109,7 +109,7 @@ bool Skeleton::PublishesObjects() const {
 bool Skeleton::Publish(uint32_t entityId, Payload payload) {
     ProviderId provider = 0;
     {
-        std::lock_guard<std::mutex> lock(core_->mutex);
+        orx::sync::MutexLock lock(core_->mutex);
         provider = core_->provider;
     }
     if (provider == 0) {

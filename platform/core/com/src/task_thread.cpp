@@ -2,14 +2,13 @@
 
 #include <pthread.h>
 
-#include <condition_variable>
 #include <cstdint>
 #include <exception>
 #include <map>
-#include <mutex>
 #include <utility>
 
 #include "com_log.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc {
 
@@ -17,12 +16,12 @@ struct TaskThread::State {
     explicit State(std::string threadName) : name(std::move(threadName)) {}
 
     const std::string name;
-    std::mutex mutex;
-    std::condition_variable wake;
+    orx::sync::Mutex mutex;
+    orx::sync::CondVar wake;
     // Keyed by due time, then posting order.
-    std::map<std::pair<Clock::time_point, uint64_t>, std::function<void()>> tasks;  // guarded
-    uint64_t nextSeq{0};                                                            // guarded
-    bool stopping{false};                                                           // guarded
+    std::map<std::pair<Clock::time_point, uint64_t>, std::function<void()>> tasks GUARDED_BY(mutex);
+    uint64_t nextSeq GUARDED_BY(mutex){0};
+    bool stopping GUARDED_BY(mutex){false};
 };
 
 TaskThread::TaskThread(std::string name) : state_(std::make_shared<State>(std::move(name))) {
@@ -32,11 +31,11 @@ TaskThread::TaskThread(std::string name) : state_(std::make_shared<State>(std::m
 TaskThread::~TaskThread() {
     std::map<std::pair<Clock::time_point, uint64_t>, std::function<void()>> dropped;
     {
-        std::lock_guard<std::mutex> lock(state_->mutex);
+        orx::sync::MutexLock lock(state_->mutex);
         state_->stopping = true;
         dropped.swap(state_->tasks);
     }
-    state_->wake.notify_all();
+    state_->wake.NotifyAll();
     dropped.clear();  // outside the lock: tasks may own objects with heavy destructors
     if (IsCurrent()) {
         thread_.detach();
@@ -51,13 +50,13 @@ void TaskThread::Post(std::function<void()> task) {
 
 void TaskThread::PostAt(Clock::time_point due, std::function<void()> task) {
     {
-        std::lock_guard<std::mutex> lock(state_->mutex);
+        orx::sync::MutexLock lock(state_->mutex);
         if (state_->stopping) {
             return;
         }
         state_->tasks.emplace(std::make_pair(due, state_->nextSeq++), std::move(task));
     }
-    state_->wake.notify_one();
+    state_->wake.NotifyOne();
 }
 
 bool TaskThread::IsCurrent() const {
@@ -67,21 +66,21 @@ bool TaskThread::IsCurrent() const {
 void TaskThread::Run(const std::shared_ptr<State>& state) {
     // Thread names are limited to 15 characters.
     pthread_setname_np(pthread_self(), state->name.substr(0, 15).c_str());
-    std::unique_lock<std::mutex> lock(state->mutex);
+    orx::sync::MutexLock lock(state->mutex);
     while (!state->stopping) {
         if (state->tasks.empty()) {
-            state->wake.wait(lock);
+            state->wake.Wait(state->mutex);
             continue;
         }
         auto first = state->tasks.begin();
         const Clock::time_point due = first->first.first;
         if (due != Clock::time_point::min() && due > Clock::now()) {
-            state->wake.wait_until(lock, due);
+            state->wake.WaitUntil(state->mutex, due);
             continue;
         }
         std::function<void()> task = std::move(first->second);
         state->tasks.erase(first);
-        lock.unlock();
+        lock.Unlock();
         try {
             task();
         } catch (const std::exception& e) {
@@ -91,7 +90,7 @@ void TaskThread::Run(const std::shared_ptr<State>& state) {
             ComLog().LogError() << "[TaskThread][Task failed][thread=" << state->name << "]";
         }
         task = nullptr;  // release what the task held before taking the lock again
-        lock.lock();
+        lock.Lock();
     }
 }
 

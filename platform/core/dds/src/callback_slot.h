@@ -4,11 +4,11 @@
 #define VORX_DRIVER_DDS_SRC_CALLBACK_SLOT_H
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "orx/sync/mutex.h"
 
 namespace vorx {
 namespace driver {
@@ -22,9 +22,9 @@ class Gate {
   public:
     // Runs `fn` unless the gate is closed; returns whether it ran.
     template <class F>
-    bool Run(F&& fn) {
+    bool Run(F&& fn) EXCLUDES(mutex_) {
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             if (closed_) {
                 return false;
             }
@@ -40,29 +40,29 @@ class Gate {
 
     // Closes the gate and waits for calls running on other threads to end. A
     // call running on this thread (Close from inside it) is not waited for.
-    void Close() {
-        std::unique_lock<std::mutex> lock(mutex_);
+    void Close() EXCLUDES(mutex_) {
+        orx::sync::MutexLock lock(mutex_);
         closed_ = true;
         const auto self = std::this_thread::get_id();
-        done_.wait(lock, [&] {
+        done_.Wait(mutex_, [&]() REQUIRES(mutex_) {
             return std::all_of(runners_.begin(), runners_.end(),
                                [&](const std::thread::id& id) { return id == self; });
         });
     }
 
   private:
-    void Leave() {
+    void Leave() EXCLUDES(mutex_) {
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             runners_.erase(std::find(runners_.begin(), runners_.end(), std::this_thread::get_id()));
         }
-        done_.notify_all();
+        done_.NotifyAll();
     }
 
-    std::mutex mutex_;
-    std::condition_variable done_;
-    bool closed_{false};                    // guarded by mutex_
-    std::vector<std::thread::id> runners_;  // guarded by mutex_: threads inside a call
+    orx::sync::Mutex mutex_;
+    orx::sync::CondVar done_;
+    bool closed_ GUARDED_BY(mutex_){false};
+    std::vector<std::thread::id> runners_ GUARDED_BY(mutex_);  // threads inside a call
 };
 
 // One handler behind a gate.

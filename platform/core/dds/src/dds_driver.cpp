@@ -1,7 +1,6 @@
 #include "vorx/driver/dds/dds_driver.h"
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <tuple>
 #include <utility>
@@ -9,6 +8,7 @@
 #include "ara/kelda/common/log/log.h"
 #include "callback_slot.h"
 #include "driver_frames.h"
+#include "orx/sync/mutex.h"
 #include "topic_resolver.h"
 #include "vorx/vcc/driver/driver_registry.h"
 
@@ -72,7 +72,7 @@ class DdsDriver::Impl {
     vcc::ProviderId Offer(const vcc::ServiceDescription& desc, vcc::ServerCallbacks callbacks) {
         const vcc::ProviderId provider = transport_->NewId();
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             offers_[provider] = OfferEntry{desc, {}, {}, {}};
         }
         auto onRequest = std::move(callbacks.onRequest);
@@ -94,7 +94,7 @@ class DdsDriver::Impl {
                 << "[DdsDriver][Offer failed][serviceId=" << desc.serviceId
                 << ", instanceId=" << desc.instanceId << ", reason=" << status.message() << "]";
             transport_->StopServing(provider);
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             offers_.erase(provider);
             return 0;
         }
@@ -103,7 +103,7 @@ class DdsDriver::Impl {
 
     void StopOffer(vcc::ProviderId provider) {
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             if (offers_.erase(provider) == 0) {
                 return;
             }
@@ -139,7 +139,7 @@ class DdsDriver::Impl {
         auto state = std::make_shared<ClientState>();
         state->callbacks = std::move(callbacks);
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             ClientEntry entry;
             entry.handle = handle;
             entry.state = state;
@@ -159,7 +159,7 @@ class DdsDriver::Impl {
         std::shared_ptr<ClientState> state;
         std::map<uint32_t, uint64_t> subscriptions;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto found = clients_.find(client);
             if (found == clients_.end()) {
                 return;
@@ -180,7 +180,7 @@ class DdsDriver::Impl {
         std::shared_ptr<const ServiceOffer> offer;
         std::shared_ptr<const MethodTopics> topics;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto found = clients_.find(client);
             if (found == clients_.end()) {
                 return false;
@@ -222,7 +222,7 @@ class DdsDriver::Impl {
         const DdsStatus status =
             transport_->SendRequest(*topics, std::move(frame), offer->providerGuid);
         if (handle) {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto found = clients_.find(client);
             if (found != clients_.end()) {
                 found->second.methodTopics[call.entityId] = topics;
@@ -244,7 +244,7 @@ class DdsDriver::Impl {
         ReplyRoute route;
         Frame frame;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto offer = offers_.find(provider);
             if (offer == offers_.end()) {
                 return false;
@@ -287,7 +287,7 @@ class DdsDriver::Impl {
         std::optional<EventTopic> topic;
         vcc::ServiceDescription desc;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto offer = offers_.find(provider);
             if (offer == offers_.end()) {
                 return false;
@@ -301,7 +301,7 @@ class DdsDriver::Impl {
         }
         if (!topic) {
             topic = resolver_.ResolveEvent(desc, sample.entityId);
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto offer = offers_.find(provider);
             if (offer != offers_.end()) {
                 offer->second.eventTopics[sample.entityId] = *topic;
@@ -328,7 +328,7 @@ class DdsDriver::Impl {
         vcc::HandleType handle;
         std::shared_ptr<ClientState> state;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto found = clients_.find(client);
             if (found == clients_.end()) {
                 return false;
@@ -359,7 +359,7 @@ class DdsDriver::Impl {
         }
         bool keep = false;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto found = clients_.find(client);
             if (found != clients_.end()) {
                 keep = found->second.subscriptions.emplace(entityId, subscription).second;
@@ -375,7 +375,7 @@ class DdsDriver::Impl {
     void Unsubscribe(vcc::ClientId client, uint32_t entityId) {
         uint64_t subscription = 0;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto found = clients_.find(client);
             if (found == clients_.end()) {
                 return;
@@ -411,7 +411,7 @@ class DdsDriver::Impl {
                    const std::function<void(vcc::ProviderId, const vcc::MethodCall&)>& onRequest,
                    Frame frame) {
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             auto offer = offers_.find(provider);
             if (offer == offers_.end()) {
                 return;
@@ -435,7 +435,7 @@ class DdsDriver::Impl {
     void OnOfferLost(const ServiceOffer& offer) {
         std::vector<std::shared_ptr<ClientState>> affected;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             for (auto& entry : clients_) {
                 ClientEntry& client = entry.second;
                 const vcc::ProviderId target =
@@ -468,9 +468,9 @@ class DdsDriver::Impl {
 
     const std::shared_ptr<DdsTransport> transport_;
     TopicResolver resolver_;
-    mutable std::mutex mutex_;
-    std::map<vcc::ProviderId, OfferEntry> offers_;  // guarded by mutex_
-    std::map<vcc::ClientId, ClientEntry> clients_;  // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    std::map<vcc::ProviderId, OfferEntry> offers_ GUARDED_BY(mutex_);
+    std::map<vcc::ClientId, ClientEntry> clients_ GUARDED_BY(mutex_);
 };
 
 std::shared_ptr<DdsDriver> DdsDriver::Create(const ParticipantSettings& settings,

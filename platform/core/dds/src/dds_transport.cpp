@@ -1,5 +1,6 @@
 #include "vorx/driver/dds/dds_transport.h"
 
+#include "orx/sync/mutex.h"
 #include "transport_impl.h"
 
 namespace vorx {
@@ -79,7 +80,7 @@ std::optional<ServiceOffer> DdsTransport::KnownOffer(uint64_t providerId) const 
 void DdsTransport::SetOfferLostHandler(OfferLostHandler handler) {
     std::shared_ptr<LostSlot> previous;
     {
-        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        orx::sync::MutexLock lock(impl_->routesMutex_);
         previous = impl_->lostSlot_;
         impl_->lostSlot_ = handler ? std::make_shared<LostSlot>(std::move(handler)) : nullptr;
     }

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "orx/sync/mutex.h"
+
 namespace vorx {
 namespace driver {
 namespace dds {
@@ -54,7 +56,7 @@ uint64_t DispatchThread::Watch(dds_entity_t reader, Task onData, DdsStatus* stat
     if (condition < 0) {
         return 0;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     const uint64_t token = nextToken_++;
     watched_.emplace(token,
                      Watched{condition, std::make_shared<CallbackSlot<Task>>(std::move(onData))});
@@ -73,7 +75,7 @@ void DispatchThread::Unwatch(uint64_t token) {
     std::shared_ptr<CallbackSlot<Task>> slot;
     dds_entity_t condition = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto found = watched_.find(token);
         if (found == watched_.end()) {
             return;
@@ -89,7 +91,7 @@ void DispatchThread::Unwatch(uint64_t token) {
 
 void DispatchThread::Post(Task task) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (stopping_.load()) {
             return;
         }
@@ -130,7 +132,7 @@ void DispatchThread::Run() {
             }
             std::shared_ptr<CallbackSlot<Task>> slot;
             {
-                std::lock_guard<std::mutex> lock(mutex_);
+                orx::sync::MutexLock lock(mutex_);
                 auto found =
                     watched_.find(static_cast<uint64_t>(triggered[static_cast<size_t>(i)]));
                 if (found != watched_.end()) {
@@ -150,7 +152,7 @@ void DispatchThread::RunTasks() {
     for (;;) {
         Task task;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             if (tasks_.empty() || stopping_.load()) {
                 return;
             }

@@ -9,11 +9,11 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
 #include "callback_slot.h"
+#include "orx/sync/mutex.h"
 #include "vorx/driver/dds/dds_status.h"
 
 namespace vorx {
@@ -69,10 +69,10 @@ class DispatchThread {
     std::atomic<std::thread::id> threadId_{};
     std::atomic<bool> stopping_{false};
 
-    std::mutex mutex_;
-    std::deque<Task> tasks_;               // guarded by mutex_
-    std::map<uint64_t, Watched> watched_;  // guarded by mutex_
-    uint64_t nextToken_{1};                // guarded by mutex_
+    orx::sync::Mutex mutex_;
+    std::deque<Task> tasks_ GUARDED_BY(mutex_);
+    std::map<uint64_t, Watched> watched_ GUARDED_BY(mutex_);
+    uint64_t nextToken_ GUARDED_BY(mutex_){1};
 };
 
 }  // namespace dds

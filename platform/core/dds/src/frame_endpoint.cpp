@@ -4,6 +4,7 @@
 #include <cstring>
 #include <thread>
 
+#include "orx/sync/mutex.h"
 #include "peer_topics.h"
 #include "wire_convert.h"
 
@@ -169,15 +170,16 @@ FrameEndpoint::FrameEndpoint(std::shared_ptr<Participant> participant, std::stri
 
 FrameEndpoint::~FrameEndpoint() {
     {
-        std::unique_lock<std::mutex> lock(listenMutex_);
+        orx::sync::MutexLock lock(listenMutex_);
         closing_ = true;
-        listenDone_.wait(lock, [this] { return activeListeners_ == 0; });
+        listenDone_.Wait(listenMutex_,
+                         [this]() REQUIRES(listenMutex_) { return activeListeners_ == 0; });
     }
     // Deleting a reader waits for its listener, which may need mutex_.
     std::array<dds_entity_t, 2> readers{};
     std::array<dds_entity_t, 3> writers{};
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         readers = readers_;
         writers = writers_;
     }
@@ -200,7 +202,7 @@ void FrameEndpoint::OnDataAvailable(dds_entity_t reader, void* arg) {
     }
     FrameEndpoint* self = hook->self;
     {
-        std::lock_guard<std::mutex> lock(self->listenMutex_);
+        orx::sync::MutexLock lock(self->listenMutex_);
         if (self->closing_) {
             return;
         }
@@ -209,17 +211,17 @@ void FrameEndpoint::OnDataAvailable(dds_entity_t reader, void* arg) {
     self->onData_[static_cast<size_t>(hook->role)](reader);
     // Notified under the lock: once the destructor sees no call running, this
     // thread no longer touches the endpoint.
-    std::lock_guard<std::mutex> lock(self->listenMutex_);
+    orx::sync::MutexLock lock(self->listenMutex_);
     --self->activeListeners_;
-    self->listenDone_.notify_all();
+    self->listenDone_.NotifyAll();
 }
 
 dds_entity_t FrameEndpoint::Reader(ReaderRole role, const std::string& tag,
                                    std::function<void(dds_entity_t)> onData, DdsStatus* status) {
     const auto index = static_cast<size_t>(role);
-    std::lock_guard<std::mutex> creating(createMutex_);
+    orx::sync::MutexLock creating(createMutex_);
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (readers_[index] > 0) {
             *status = DdsStatus::Ok();
             return readers_[index];
@@ -242,7 +244,7 @@ dds_entity_t FrameEndpoint::Reader(ReaderRole role, const std::string& tag,
     dds_delete_qos(qos);
     *status = TranslateReturnCode(reader, "create reader on topic \"" + topicName_ + "\"");
     if (reader > 0) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         readers_[index] = reader;
     }
     return reader;
@@ -251,7 +253,7 @@ dds_entity_t FrameEndpoint::Reader(ReaderRole role, const std::string& tag,
 bool FrameEndpoint::CanWriteInline(FrameKind kind, const ParticipantGuid* peer) {
     const ReaderRole receiving =
         kind == FrameKind::kRequest ? ReaderRole::kServer : ReaderRole::kClient;
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     // Our own reader of this frame would get it in this very thread, while
     // Cyclone still runs that reader's listener here.
     if (tListenerReader != 0 && readers_[static_cast<size_t>(receiving)] == tListenerReader) {
@@ -264,7 +266,7 @@ bool FrameEndpoint::CanWriteInline(FrameKind kind, const ParticipantGuid* peer) 
 }
 
 bool FrameEndpoint::HasReader(ReaderRole role) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     return readers_[static_cast<size_t>(role)] > 0;
 }
 
@@ -277,7 +279,7 @@ DdsStatus FrameEndpoint::EnsureWriter(FrameKind kind, const std::string& tag,
                                       dds_entity_t* writer) {
     const size_t index = KindIndex(kind);
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (writers_[index] > 0) {
             *writer = writers_[index];
             return DdsStatus::Ok();
@@ -285,9 +287,9 @@ DdsStatus FrameEndpoint::EnsureWriter(FrameKind kind, const std::string& tag,
     }
     // Making a writer may wait for the listeners of matching readers of this
     // process, which may need mutex_: it is not held meanwhile.
-    std::lock_guard<std::mutex> creating(createMutex_);
+    orx::sync::MutexLock creating(createMutex_);
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (writers_[index] > 0) {
             *writer = writers_[index];
             return DdsStatus::Ok();
@@ -304,7 +306,7 @@ DdsStatus FrameEndpoint::EnsureWriter(FrameKind kind, const std::string& tag,
     if (created < 0) {
         return TranslateReturnCode(created, "create writer on topic \"" + topicName_ + "\"");
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     writers_[index] = created;
     *writer = created;
     return DdsStatus::Ok();
@@ -314,7 +316,7 @@ DdsStatus FrameEndpoint::WaitForPeer(FrameKind kind, dds_entity_t writer,
                                      const ParticipantGuid& peer,
                                      std::chrono::milliseconds matchWait) {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (reached_.count({kind, peer}) != 0) {
             return DdsStatus::Ok();
         }
@@ -326,7 +328,7 @@ DdsStatus FrameEndpoint::WaitForPeer(FrameKind kind, dds_entity_t writer,
                                                "\": no reader of the peer matched within " +
                                                std::to_string(matchWait.count()) + " ms");
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     reached_.insert({kind, peer});
     return DdsStatus::Ok();
 }
@@ -336,7 +338,7 @@ DdsStatus FrameEndpoint::Write(const Frame& frame, const ParticipantGuid* peer,
     dds_entity_t writer = 0;
     DdsStatus status;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         writer = writers_[KindIndex(frame.kind)];
     }
     if (writer <= 0) {
@@ -372,7 +374,7 @@ bool FrameEndpoint::WaitForWriterOf(const ParticipantGuid& peer,
                                     std::chrono::milliseconds matchWait) {
     dds_entity_t reader = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         reader = readers_[static_cast<size_t>(ReaderRole::kClient)];
     }
     return reader > 0 && PollUntil(matchWait, [&] { return MatchedWith(reader, false, peer); });

@@ -8,15 +8,14 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "orx/sync/mutex.h"
 #include "participant.h"
 #include "vorx/driver/dds/dds_status.h"
 #include "vorx/driver/dds/frame.h"
@@ -147,24 +146,24 @@ class FrameEndpoint {
 
     // Serialises making readers and writers. Held across Cyclone calls that
     // may wait for listeners, so listeners never take it.
-    std::mutex createMutex_;
+    orx::sync::Mutex createMutex_;
     // Guards the handles and reached_; never held across a Cyclone call that
     // may wait.
-    std::mutex mutex_;
-    std::array<dds_entity_t, 2> readers_{};  // guarded by mutex_: one per ReaderRole
+    orx::sync::Mutex mutex_;
+    std::array<dds_entity_t, 2> readers_ GUARDED_BY(mutex_){};  // one per ReaderRole
     // Listener calls in progress, and whether the endpoint is going away: the
     // destructor waits for running calls, with an ordering that
     // ThreadSanitizer sees too (Cyclone's own, inside dds_delete, it cannot).
-    std::mutex listenMutex_;
-    std::condition_variable listenDone_;
-    int activeListeners_{0};  // guarded by listenMutex_
-    bool closing_{false};     // guarded by listenMutex_
+    orx::sync::Mutex listenMutex_;
+    orx::sync::CondVar listenDone_;
+    int activeListeners_ GUARDED_BY(listenMutex_){0};
+    bool closing_ GUARDED_BY(listenMutex_){false};
     // Set before the reader of its role is made, never changed after.
     std::array<Hook, 2> hooks_{};
     std::array<std::function<void(dds_entity_t)>, 2> onData_;
-    std::array<dds_entity_t, 3> writers_{};  // guarded by mutex_: one per FrameKind
-    // Peers whose reader matched the writer of a kind; guarded by mutex_.
-    std::set<std::pair<FrameKind, ParticipantGuid>> reached_;
+    std::array<dds_entity_t, 3> writers_ GUARDED_BY(mutex_){};  // one per FrameKind
+    // Peers whose reader matched the writer of a kind.
+    std::set<std::pair<FrameKind, ParticipantGuid>> reached_ GUARDED_BY(mutex_);
 };
 
 }  // namespace dds

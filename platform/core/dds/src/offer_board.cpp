@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "orx/sync/mutex.h"
 #include "wire_convert.h"
 
 namespace vorx {
@@ -49,7 +50,7 @@ DdsStatus OfferBoard::Start() {
         return TranslateReturnCode(reader, "create the service announcement reader");
     }
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         reader_ = reader;
     }
     const uint64_t token = thread_->Watch(
@@ -57,7 +58,7 @@ DdsStatus OfferBoard::Start() {
     if (token == 0) {
         return status;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     watchToken_ = token;
     return DdsStatus::Ok();
 }
@@ -66,7 +67,7 @@ void OfferBoard::Stop() {
     uint64_t token = 0;
     std::map<uint64_t, std::shared_ptr<Find>> finds;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         token = watchToken_;
         watchToken_ = 0;
         finds.swap(finds_);
@@ -80,7 +81,6 @@ void OfferBoard::Stop() {
 }
 
 DdsStatus OfferBoard::EnsureWriter(dds_entity_t* writer) {
-    // Caller holds mutex_.
     if (writer_ > 0) {
         *writer = writer_;
         return DdsStatus::Ok();
@@ -107,7 +107,7 @@ DdsStatus OfferBoard::Offer(const ServiceOffer& offer) {
     announced.processId = identity_.processId;
     announced.hostName = identity_.hostName;
 
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     dds_entity_t writer = 0;
     DdsStatus status = EnsureWriter(&writer);
     if (!status.ok()) {
@@ -125,7 +125,7 @@ DdsStatus OfferBoard::Offer(const ServiceOffer& offer) {
 }
 
 DdsStatus OfferBoard::StopOffer(uint64_t providerId) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto found = ours_.find(providerId);
     if (found == ours_.end() || writer_ <= 0) {
         return DdsStatus::Ok();
@@ -145,7 +145,7 @@ uint64_t OfferBoard::StartFind(const FindFilter& filter, Handler handler) {
     find->slot = std::make_shared<CallbackSlot<Handler>>(std::move(handler));
     uint64_t id = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         id = nextFindId_++;
         finds_.emplace(id, find);
     }
@@ -156,7 +156,7 @@ uint64_t OfferBoard::StartFind(const FindFilter& filter, Handler handler) {
 void OfferBoard::StopFind(uint64_t findId) {
     std::shared_ptr<Find> find;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto found = finds_.find(findId);
         if (found == finds_.end()) {
             return;
@@ -170,7 +170,7 @@ void OfferBoard::StopFind(uint64_t findId) {
 std::vector<ServiceOffer> OfferBoard::Current(const FindFilter& filter) const {
     std::vector<ServiceOffer> list;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         for (const auto& entry : known_) {
             if (filter.Matches(entry.second)) {
                 list.push_back(entry.second);
@@ -182,7 +182,7 @@ std::vector<ServiceOffer> OfferBoard::Current(const FindFilter& filter) const {
 }
 
 std::optional<ServiceOffer> OfferBoard::Known(uint64_t providerId) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     for (const auto& entry : known_) {
         if (entry.second.providerId == providerId) {
             return entry.second;
@@ -203,7 +203,7 @@ void OfferBoard::Refresh(const std::shared_ptr<Find>& find) {
 void OfferBoard::OnAnnouncements() {
     dds_entity_t reader = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         reader = reader_;
     }
     void* samples[kTakeBatch];
@@ -217,7 +217,7 @@ void OfferBoard::OnAnnouncements() {
             break;
         }
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             for (dds_return_t i = 0; i < count; ++i) {
                 const dds_sample_info_t& info = infos[i];
                 if (info.instance_state != DDS_IST_ALIVE) {
@@ -253,7 +253,7 @@ void OfferBoard::OnAnnouncements() {
     }
     std::vector<std::shared_ptr<Find>> finds;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         for (const auto& entry : finds_) {
             finds.push_back(entry.second);
         }

@@ -7,13 +7,13 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "callback_slot.h"
 #include "dispatch_thread.h"
+#include "orx/sync/mutex.h"
 #include "participant.h"
 #include "vorx/driver/dds/frame.h"
 
@@ -69,21 +69,21 @@ class OfferBoard {
 
     void OnAnnouncements();                           // discovery thread
     void Refresh(const std::shared_ptr<Find>& find);  // discovery thread
-    DdsStatus EnsureWriter(dds_entity_t* writer);
+    DdsStatus EnsureWriter(dds_entity_t* writer) REQUIRES(mutex_);
 
     const std::shared_ptr<Participant> participant_;
     DispatchThread* const thread_;
     const ServiceOffer identity_;
     const LostHandler onLost_;
 
-    mutable std::mutex mutex_;
-    dds_entity_t reader_{0};                               // guarded by mutex_
-    dds_entity_t writer_{0};                               // guarded by mutex_
-    uint64_t watchToken_{0};                               // guarded by mutex_
-    std::map<dds_instance_handle_t, ServiceOffer> known_;  // guarded by mutex_
-    std::map<uint64_t, ServiceOffer> ours_;                // guarded by mutex_
-    std::map<uint64_t, std::shared_ptr<Find>> finds_;      // guarded by mutex_
-    uint64_t nextFindId_{1};                               // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    dds_entity_t reader_ GUARDED_BY(mutex_){0};
+    dds_entity_t writer_ GUARDED_BY(mutex_){0};
+    uint64_t watchToken_ GUARDED_BY(mutex_){0};
+    std::map<dds_instance_handle_t, ServiceOffer> known_ GUARDED_BY(mutex_);
+    std::map<uint64_t, ServiceOffer> ours_ GUARDED_BY(mutex_);
+    std::map<uint64_t, std::shared_ptr<Find>> finds_ GUARDED_BY(mutex_);
+    uint64_t nextFindId_ GUARDED_BY(mutex_){1};
 };
 
 }  // namespace dds

@@ -4,6 +4,7 @@
 
 #include "OrxDdsWire.h"
 #include "ara/kelda/common/log/log.h"
+#include "orx/sync/mutex.h"
 #include "peer_participants.h"
 
 namespace vorx {
@@ -18,8 +19,8 @@ constexpr const char* kOfferTopicName = "vorx_ServiceOffer";
 // Domains this process created. Never freed: the driver must keep working while
 // static destructors run at process exit.
 struct DomainRegistry {
-    std::mutex mutex;
-    std::map<uint32_t, std::string> configs;  // domain id -> configuration used
+    orx::sync::Mutex mutex;
+    std::map<uint32_t, std::string> configs GUARDED_BY(mutex);  // domain id -> configuration used
 };
 
 DomainRegistry& Domains() {
@@ -29,7 +30,7 @@ DomainRegistry& Domains() {
 
 DdsStatus EnsureDomain(const ParticipantSettings& settings) {
     auto& domains = Domains();
-    std::lock_guard<std::mutex> lock(domains.mutex);
+    orx::sync::MutexLock lock(domains.mutex);
     const std::string config = BuildCycloneConfig(settings);
     auto found = domains.configs.find(settings.domainId);
     if (found != domains.configs.end()) {
@@ -100,7 +101,7 @@ Participant::~Participant() {
 }
 
 dds_entity_t Participant::FrameTopic(const std::string& name, DdsStatus* status) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto found = topics_.find(name);
     if (found != topics_.end()) {
         *status = DdsStatus::Ok();
@@ -117,7 +118,7 @@ dds_entity_t Participant::FrameTopic(const std::string& name, DdsStatus* status)
 }
 
 dds_entity_t Participant::OfferTopic(DdsStatus* status) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (offerTopic_ > 0) {
         *status = DdsStatus::Ok();
         return offerTopic_;

@@ -8,9 +8,9 @@
 
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 
+#include "orx/sync/mutex.h"
 #include "vorx/driver/dds/dds_status.h"
 #include "vorx/driver/dds/frame.h"
 #include "vorx/driver/dds/participant_settings.h"
@@ -47,9 +47,9 @@ class Participant {
     dds_entity_t participant_;
     uint32_t domainId_;
     ParticipantGuid guid_{};
-    std::mutex mutex_;
-    std::map<std::string, dds_entity_t> topics_;  // guarded by mutex_
-    dds_entity_t offerTopic_{0};                  // guarded by mutex_
+    orx::sync::Mutex mutex_;
+    std::map<std::string, dds_entity_t> topics_ GUARDED_BY(mutex_);
+    dds_entity_t offerTopic_ GUARDED_BY(mutex_){0};
 };
 
 }  // namespace dds

@@ -1,11 +1,8 @@
 #include "vorx/driver/dds/participant_settings.h"
 
-#include <cerrno>
-#include <cstdlib>
+#include <algorithm>
 
-#include "ara/kelda/common/log/log.h"
-#include "ara/kelda/common/orxConfigParser/config_reader.h"
-#include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx {
 namespace driver {
@@ -13,9 +10,13 @@ namespace dds {
 
 namespace {
 
-using ara::kelda::common::log::Log;
-using ara::kelda::common::orxConfigParser::ConfigReader;
-using ara::kelda::common::orxConfigParser::ParseJsonToGetConfig;
+namespace config = ara::kelda::common::orxConfigParser;
+using config::ConfigReader;
+using config::SettingOrigin;
+using config::SettingsReport;
+
+constexpr const char* kDomainVariable = "ORX_DDS_DOMAIN";
+constexpr const char* kCycloneVariable = "CYCLONEDDS_URI";
 
 // Names the plug-in uses for "no network configured".
 bool IsPlaceholderNetwork(const std::string& network) {
@@ -52,89 +53,109 @@ void ApplyNetwork(ParticipantSettings& settings, const std::string& network) {
     }
 }
 
-void ApplyDdsSection(ParticipantSettings& settings, ConfigReader& reader) {
-    if (auto domain = reader.GetUint32("dds.domainId")) {
-        if (*domain <= kMaxDomainId) {
-            settings.domainId = *domain;
-        } else {
-            reader.ReportInvalid("dds.domainId", reader.Find("dds.domainId"),
-                                 "domain id above " + std::to_string(kMaxDomainId));
+// Reads the "dds" object, recording where each value it takes came from.
+class DdsSection {
+  public:
+    DdsSection(ParticipantSettings& settings, ConfigReader& file, SettingsReport* report)
+        : settings_(settings), file_(file), report_(report) {}
+
+    void Read() {
+        if (auto domain = Number("dds.domainId", 0, kMaxDomainId)) {
+            settings_.domainId = *domain;
         }
-    }
-    if (auto network = reader.GetString("dds.networkInterface")) {
-        if (network->empty()) {
-            reader.ReportInvalid("dds.networkInterface", reader.Find("dds.networkInterface"),
-                                 "empty interface");
-        } else {
-            ApplyNetwork(settings, *network);
+        if (auto network = file_.GetString("dds.networkInterface")) {
+            if (network->empty()) {
+                Refuse("dds.networkInterface", "must name an interface or an address");
+            } else {
+                ApplyNetwork(settings_, *network);
+                Took("dds.networkInterface");
+            }
         }
-    }
-    if (const nlohmann::json* peers = reader.Find("dds.peers")) {
-        bool valid = peers->is_array();
-        std::vector<std::string> list;
-        if (valid) {
-            for (const auto& peer : *peers) {
-                if (!peer.is_string() || peer.get_ref<const std::string&>().empty()) {
-                    valid = false;
-                    break;
+        if (auto peers = file_.Get<std::vector<std::string>>("dds.peers")) {
+            if (std::find(peers->begin(), peers->end(), "") != peers->end()) {
+                Refuse("dds.peers", "must be a list of addresses");
+            } else {
+                settings_.peers = std::move(*peers);
+                if (!settings_.peers.empty()) {
+                    settings_.allowMulticast = false;
                 }
-                list.push_back(peer.get<std::string>());
+                Took("dds.peers");
             }
         }
-        if (valid) {
-            settings.peers = std::move(list);
-            if (!settings.peers.empty()) {
-                settings.allowMulticast = false;
+        if (auto multicast = file_.GetBool("dds.allowMulticast")) {
+            settings_.allowMulticast = *multicast;
+            Took("dds.allowMulticast");
+        }
+        if (auto index = Number("dds.maxAutoParticipantIndex", 1, 119)) {
+            settings_.maxAutoParticipantIndex = *index;
+        }
+        if (auto lease = Number("dds.leaseDurationMs", 100, UINT32_MAX)) {
+            settings_.leaseDurationMs = *lease;
+        }
+        if (auto buffer = Number("dds.receiveBufferBytes", 65536, UINT32_MAX)) {
+            settings_.receiveBufferBytes = *buffer;
+        }
+    }
+
+  private:
+    // An integer from `min` to `max`, or nullopt (refused when present).
+    std::optional<uint32_t> Number(const std::string& key, uint32_t min, uint32_t max) {
+        const auto value = file_.GetUint32(key);
+        if (!value) {
+            return std::nullopt;
+        }
+        if (*value < min || *value > max) {
+            Refuse(key, "out of range, must be an integer from " + std::to_string(min) + " to " +
+                            std::to_string(max));
+            return std::nullopt;
+        }
+        Took(key);
+        return value;
+    }
+    void Refuse(const std::string& key, const std::string& reason) {
+        file_.ReportInvalid(key, file_.Find(key), reason);
+    }
+    void Took(const std::string& key) {
+        if (report_ != nullptr) {
+            report_->origins[key] = file_.OriginOf(key);
+        }
+    }
+
+    ParticipantSettings& settings_;
+    ConfigReader& file_;
+    SettingsReport* report_;
+};
+
+void ApplyEnvironment(ParticipantSettings& settings, const EnvLookup& env, SettingsReport* report) {
+    if (auto domain = config::NonEmpty(env, kDomainVariable)) {
+        if (auto value = ParseDecimal(*domain, kMaxDomainId)) {
+            settings.domainId = *value;
+            if (report != nullptr) {
+                report->origins["dds.domainId"] = SettingOrigin::Environment(kDomainVariable);
             }
         } else {
-            reader.ReportInvalid("dds.peers", peers, "expected an array of addresses");
+            config::RefuseEnvironmentValue(
+                kDomainVariable, *domain,
+                "must be an integer from 0 to " + std::to_string(kMaxDomainId), report);
         }
     }
-    if (auto multicast = reader.GetBool("dds.allowMulticast")) {
-        settings.allowMulticast = *multicast;
-    }
-    if (auto maxIndex = reader.GetUint32("dds.maxAutoParticipantIndex")) {
-        if (*maxIndex >= 1 && *maxIndex <= 119) {
-            settings.maxAutoParticipantIndex = *maxIndex;
-        } else {
-            reader.ReportInvalid("dds.maxAutoParticipantIndex",
-                                 reader.Find("dds.maxAutoParticipantIndex"), "expected 1 to 119");
-        }
-    }
-    if (auto lease = reader.GetUint32("dds.leaseDurationMs")) {
-        if (*lease >= 100) {
-            settings.leaseDurationMs = *lease;
-        } else {
-            reader.ReportInvalid("dds.leaseDurationMs", reader.Find("dds.leaseDurationMs"),
-                                 "below 100 ms");
-        }
-    }
-    if (auto buffer = reader.GetUint32("dds.receiveBufferBytes")) {
-        if (*buffer >= 65536) {
-            settings.receiveBufferBytes = *buffer;
-        } else {
-            reader.ReportInvalid("dds.receiveBufferBytes", reader.Find("dds.receiveBufferBytes"),
-                                 "below 65536 bytes");
+    if (auto uri = config::NonEmpty(env, kCycloneVariable)) {
+        settings.cycloneUri = *uri;
+        if (report != nullptr) {
+            report->origins[kCycloneVariable] = SettingOrigin::Environment(kCycloneVariable);
         }
     }
 }
 
-void ApplyEnvironment(ParticipantSettings& settings, const EnvLookup& env) {
-    if (!env) {
-        return;
-    }
-    if (auto domain = env("ORX_DDS_DOMAIN"); domain && !domain->empty()) {
-        if (auto value = ParseDecimal(*domain, kMaxDomainId)) {
-            settings.domainId = *value;
-        } else {
-            Log::GetLog("CM")->LogError()
-                << "[DdsDriver][Invalid environment variable ORX_DDS_DOMAIN][value=" << *domain
-                << ", expected 0 to " << kMaxDomainId << "]";
-        }
-    }
-    if (auto uri = env("CYCLONEDDS_URI"); uri && !uri->empty()) {
-        settings.cycloneUri = *uri;
-    }
+// The settings handed to the process's DDS driver, or read from the environment for it.
+struct ProcessSlot {
+    orx::sync::Mutex mutex;
+    std::optional<ParticipantSettings> settings GUARDED_BY(mutex);
+};
+
+ProcessSlot& Slot() {
+    static auto* const slot = new ProcessSlot();  // never destroyed: used at process exit
+    return *slot;
 }
 
 }  // namespace
@@ -147,41 +168,42 @@ bool ParticipantSettings::operator==(const ParticipantSettings& other) const {
            receiveBufferBytes == other.receiveBufferBytes && cycloneUri == other.cycloneUri;
 }
 
-EnvLookup ProcessEnvironment() {
-    return [](const std::string& name) -> std::optional<std::string> {
-        const char* value = std::getenv(name.c_str());
-        if (value == nullptr) {
-            return std::nullopt;
-        }
-        return std::string(value);
-    };
-}
-
 bool IsLoopback(const std::string& interfaceOrAddress) {
     return interfaceOrAddress == "lo" || interfaceOrAddress == "localhost" ||
            interfaceOrAddress.rfind("127.", 0) == 0;
 }
 
-ParticipantSettings LoadParticipantSettings(const nlohmann::json& orxDocument,
-                                            const std::string& filePath,
-                                            const std::pair<std::string, bool>& networkIp,
-                                            const EnvLookup& env) {
+ParticipantSettings LoadParticipantSettings(ConfigReader* file,
+                                            const std::pair<std::string, bool>& maintenanceNetwork,
+                                            const EnvLookup& env, SettingsReport* report) {
     ParticipantSettings settings;
-    if (!IsPlaceholderNetwork(networkIp.first)) {
-        ApplyNetwork(settings, networkIp.first);
+    if (!IsPlaceholderNetwork(maintenanceNetwork.first)) {
+        ApplyNetwork(settings, maintenanceNetwork.first);
+        if (report != nullptr && file != nullptr) {
+            report->origins["dds.networkInterface"] =
+                SettingOrigin::File(file->FilePath(), "maintenance.network.address");
+        }
     }
-    if (orxDocument.is_object()) {
-        ConfigReader reader(orxDocument, filePath);
-        ApplyDdsSection(settings, reader);
+    if (file != nullptr) {
+        DdsSection(settings, *file, report).Read();
     }
-    ApplyEnvironment(settings, env);
+    ApplyEnvironment(settings, env, report);
     return settings;
 }
 
+void SetProcessParticipantSettings(const ParticipantSettings& settings) {
+    ProcessSlot& slot = Slot();
+    orx::sync::MutexLock lock(slot.mutex);
+    slot.settings = settings;
+}
+
 ParticipantSettings ProcessParticipantSettings() {
-    const auto config = ParseJsonToGetConfig::GetInstance();
-    return LoadParticipantSettings(config->Document(), config->FilePath(), config->GetNetworkIp(),
-                                   ProcessEnvironment());
+    ProcessSlot& slot = Slot();
+    orx::sync::MutexLock lock(slot.mutex);
+    if (!slot.settings) {
+        slot.settings = LoadParticipantSettings(nullptr, {"", false}, ProcessEnvironment());
+    }
+    return *slot.settings;
 }
 
 }  // namespace dds

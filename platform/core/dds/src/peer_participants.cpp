@@ -94,7 +94,7 @@ DdsStatus PeerParticipants::Start() {
         return TranslateReturnCode(reader, "create the built-in participant reader");
     }
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         reader_ = reader;
     }
     DdsStatus status;
@@ -103,7 +103,7 @@ DdsStatus PeerParticipants::Start() {
     if (token == 0) {
         return status;
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     token_ = token;
     return DdsStatus::Ok();
 }
@@ -112,7 +112,7 @@ void PeerParticipants::Stop() {
     uint64_t token = 0;
     std::map<uint64_t, Watcher> watchers;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         std::swap(token, token_);
         watchers.swap(watchers_);
     }
@@ -130,7 +130,7 @@ uint64_t PeerParticipants::Watch(AliveHandler onAlive, LostHandler onLost) {
                     std::make_shared<CallbackSlot<LostHandler>>(std::move(onLost))};
     uint64_t id = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         id = nextWatch_++;
         watchers_.emplace(id, watcher);
     }
@@ -138,7 +138,7 @@ uint64_t PeerParticipants::Watch(AliveHandler onAlive, LostHandler onLost) {
     thread_->Post([this, alive = watcher.alive] {
         std::vector<std::pair<ParticipantGuid, vcc::ProcessIdentity>> known;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             known.assign(alive_.begin(), alive_.end());
         }
         for (const auto& [guid, process] : known) {
@@ -151,7 +151,7 @@ uint64_t PeerParticipants::Watch(AliveHandler onAlive, LostHandler onLost) {
 void PeerParticipants::Unwatch(uint64_t watch) {
     Watcher watcher;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const auto found = watchers_.find(watch);
         if (found == watchers_.end()) {
             return;
@@ -166,7 +166,7 @@ void PeerParticipants::Unwatch(uint64_t watch) {
 std::optional<vcc::ProcessIdentity> PeerParticipants::Find(const ParticipantGuid& guid) const {
     dds_entity_t reader = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         const auto found = alive_.find(guid);
         if (found != alive_.end()) {
             return found->second;
@@ -203,7 +203,7 @@ std::optional<vcc::ProcessIdentity> PeerParticipants::Find(const ParticipantGuid
 void PeerParticipants::OnParticipants() {
     dds_entity_t reader = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         reader = reader_;
     }
     const ParticipantGuid& self = participant_->Guid();
@@ -233,7 +233,7 @@ void PeerParticipants::OnParticipants() {
                 if (!process) {
                     continue;
                 }
-                std::lock_guard<std::mutex> lock(mutex_);
+                orx::sync::MutexLock lock(mutex_);
                 handles_[instance] = guid;
                 auto [entry, added] = alive_.emplace(guid, *process);
                 if (added || entry->second != *process) {
@@ -241,7 +241,7 @@ void PeerParticipants::OnParticipants() {
                     appeared.emplace(guid, *process);
                 }
             } else if (infos[i].instance_state != DDS_IST_ALIVE) {
-                std::lock_guard<std::mutex> lock(mutex_);
+                orx::sync::MutexLock lock(mutex_);
                 const auto handle = handles_.find(instance);
                 if (handle != handles_.end() && alive_.erase(handle->second) > 0) {
                     gone = handle->second;
@@ -252,7 +252,7 @@ void PeerParticipants::OnParticipants() {
             }
             std::vector<Watcher> watchers;
             {
-                std::lock_guard<std::mutex> lock(mutex_);
+                orx::sync::MutexLock lock(mutex_);
                 for (const auto& [id, watcher] : watchers_) {
                     watchers.push_back(watcher);
                 }

@@ -10,12 +10,12 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "callback_slot.h"
 #include "dispatch_thread.h"
+#include "orx/sync/mutex.h"
 #include "participant.h"
 #include "vorx/driver/dds/dds_status.h"
 #include "vorx/driver/dds/frame.h"
@@ -64,13 +64,13 @@ class PeerParticipants {
     const std::shared_ptr<Participant> participant_;
     DispatchThread* const thread_;
 
-    mutable std::mutex mutex_;
-    dds_entity_t reader_{0};                                    // guarded by mutex_
-    uint64_t token_{0};                                         // guarded by mutex_
-    std::map<dds_instance_handle_t, ParticipantGuid> handles_;  // guarded by mutex_
-    std::map<ParticipantGuid, vcc::ProcessIdentity> alive_;     // guarded by mutex_
-    std::map<uint64_t, Watcher> watchers_;                      // guarded by mutex_
-    uint64_t nextWatch_{1};                                     // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    dds_entity_t reader_ GUARDED_BY(mutex_){0};
+    uint64_t token_ GUARDED_BY(mutex_){0};
+    std::map<dds_instance_handle_t, ParticipantGuid> handles_ GUARDED_BY(mutex_);
+    std::map<ParticipantGuid, vcc::ProcessIdentity> alive_ GUARDED_BY(mutex_);
+    std::map<uint64_t, Watcher> watchers_ GUARDED_BY(mutex_);
+    uint64_t nextWatch_ GUARDED_BY(mutex_){1};
 };
 
 }  // namespace dds

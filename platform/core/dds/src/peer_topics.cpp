@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "OrxDdsWire.h"
+#include "orx/sync/mutex.h"
 
 namespace vorx {
 namespace driver {
@@ -82,7 +83,7 @@ DdsStatus PeerTopics::Start() {
         return TranslateReturnCode(subscriptions, "create the built-in subscription reader");
     }
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         publications_ = publications;
         subscriptions_ = subscriptions;
     }
@@ -94,7 +95,7 @@ DdsStatus PeerTopics::Start() {
     }
     const uint64_t second = thread_->Watch(
         subscriptions, [this] { OnSubscriptions(); }, &status);
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     tokens_.push_back(first);
     if (second == 0) {
         return status;
@@ -106,7 +107,7 @@ DdsStatus PeerTopics::Start() {
 void PeerTopics::Stop() {
     std::vector<uint64_t> tokens;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         tokens.swap(tokens_);
     }
     for (const uint64_t token : tokens) {
@@ -115,19 +116,19 @@ void PeerTopics::Stop() {
 }
 
 std::set<std::string> PeerTopics::RequestTopics(uint16_t serviceId) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto found = requestTopics_.find(serviceId);
     return found == requestTopics_.end() ? std::set<std::string>() : found->second;
 }
 
 std::set<std::string> PeerTopics::EventTopics(uint16_t serviceId, uint32_t entityId) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     auto found = eventTopics_.find({serviceId, entityId});
     return found == eventTopics_.end() ? std::set<std::string>() : found->second;
 }
 
 std::set<std::string> PeerTopics::EventTopics(uint16_t serviceId) const {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     std::set<std::string> topics;
     for (const auto& entry : eventTopics_) {
         if (entry.first.first == serviceId) {
@@ -177,7 +178,7 @@ std::vector<std::pair<std::string, std::string>> PeerTopics::TakeTagged(dds_enti
 void PeerTopics::OnPublications() {
     dds_entity_t reader = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         reader = publications_;
     }
     const size_t prefixLength = std::strlen(kRequestPrefix);
@@ -192,7 +193,7 @@ void PeerTopics::OnPublications() {
         }
         bool added = false;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             added = requestTopics_[static_cast<uint16_t>(serviceId)].insert(topic).second;
         }
         if (added && onRequestTopic_) {
@@ -204,7 +205,7 @@ void PeerTopics::OnPublications() {
 void PeerTopics::OnSubscriptions() {
     dds_entity_t reader = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         reader = subscriptions_;
     }
     const size_t prefixLength = std::strlen(kEventPrefix);
@@ -220,7 +221,7 @@ void PeerTopics::OnSubscriptions() {
         }
         bool added = false;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             added =
                 eventTopics_[{static_cast<uint16_t>(serviceId), static_cast<uint32_t>(entityId)}]
                     .insert(topic)

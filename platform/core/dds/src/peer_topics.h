@@ -8,12 +8,12 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 
 #include "dispatch_thread.h"
+#include "orx/sync/mutex.h"
 #include "participant.h"
 #include "vorx/driver/dds/dds_status.h"
 
@@ -65,13 +65,12 @@ class PeerTopics {
     const TopicHandler onRequestTopic_;
     const TopicHandler onEventTopic_;
 
-    mutable std::mutex mutex_;
-    dds_entity_t publications_{0};                             // guarded by mutex_
-    dds_entity_t subscriptions_{0};                            // guarded by mutex_
-    std::vector<uint64_t> tokens_;                             // guarded by mutex_
-    std::map<uint16_t, std::set<std::string>> requestTopics_;  // guarded by mutex_
-    std::map<std::pair<uint16_t, uint32_t>, std::set<std::string>>
-        eventTopics_;  // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    dds_entity_t publications_ GUARDED_BY(mutex_){0};
+    dds_entity_t subscriptions_ GUARDED_BY(mutex_){0};
+    std::vector<uint64_t> tokens_ GUARDED_BY(mutex_);
+    std::map<uint16_t, std::set<std::string>> requestTopics_ GUARDED_BY(mutex_);
+    std::map<std::pair<uint16_t, uint32_t>, std::set<std::string>> eventTopics_ GUARDED_BY(mutex_);
 };
 
 }  // namespace dds

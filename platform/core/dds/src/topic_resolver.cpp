@@ -1,5 +1,6 @@
 #include "topic_resolver.h"
 
+#include "orx/sync/mutex.h"
 #include "vorx/driver/dds/dds_entity_info.h"
 #include "vorx/vcc/dds_dfx_config_interface.h"
 #include "vorx/vcc/register_dfx_interface.h"
@@ -39,19 +40,19 @@ std::string TopicResolver::DefaultTopic(uint16_t serviceId, const std::string& i
 
 void TopicResolver::SetMethodTopics(uint16_t serviceId, uint32_t entityId,
                                     const MethodTopics& topics) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     methods_[{serviceId, entityId}] = topics;
 }
 
 void TopicResolver::SetEventTopic(uint16_t serviceId, uint32_t entityId, const EventTopic& topic) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     events_[{serviceId, entityId}] = topic;
 }
 
 MethodTopics TopicResolver::ResolveMethod(const vcc::ServiceDescription& service,
                                           uint32_t entityId) const {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto found = methods_.find({service.serviceId, entityId});
         if (found != methods_.end()) {
             return found->second;
@@ -78,7 +79,7 @@ MethodTopics TopicResolver::ResolveMethod(const vcc::ServiceDescription& service
 EventTopic TopicResolver::ResolveEvent(const vcc::ServiceDescription& service,
                                        uint32_t entityId) const {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         auto found = events_.find({service.serviceId, entityId});
         if (found != events_.end()) {
             return found->second;

@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <map>
-#include <mutex>
 #include <string>
 #include <utility>
 
+#include "orx/sync/mutex.h"
 #include "vorx/driver/dds/frame.h"
 #include "vorx/vcc/handle_type.h"
 
@@ -35,9 +35,9 @@ class TopicResolver {
                                     uint32_t entityId, const char* suffix);
 
   private:
-    mutable std::mutex mutex_;
-    std::map<std::pair<uint16_t, uint32_t>, MethodTopics> methods_;  // guarded by mutex_
-    std::map<std::pair<uint16_t, uint32_t>, EventTopic> events_;     // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    std::map<std::pair<uint16_t, uint32_t>, MethodTopics> methods_ GUARDED_BY(mutex_);
+    std::map<std::pair<uint16_t, uint32_t>, EventTopic> events_ GUARDED_BY(mutex_);
 };
 
 }  // namespace dds

@@ -1,6 +1,7 @@
 // DdsTransport: event samples.
 #include "vorx/driver/dds/dds_transport.h"
 
+#include "orx/sync/mutex.h"
 #include "transport_impl.h"
 
 namespace vorx {
@@ -60,7 +61,7 @@ uint64_t DdsTransport::Subscribe(const EventTopic& topic, uint16_t serviceId,
     }
     const uint64_t id = NewId();
     {
-        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        orx::sync::MutexLock lock(impl_->routesMutex_);
         impl_->subscriptions_.emplace(id,
                                       Subscription{serviceId, instanceId, entityId,
                                                    std::make_shared<Slot>(std::move(onSample))});
@@ -76,7 +77,7 @@ uint64_t DdsTransport::Subscribe(const EventTopic& topic, uint16_t serviceId,
 void DdsTransport::Unsubscribe(uint64_t subscriptionId) {
     std::shared_ptr<Slot> slot;
     {
-        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        orx::sync::MutexLock lock(impl_->routesMutex_);
         auto found = impl_->subscriptions_.find(subscriptionId);
         if (found == impl_->subscriptions_.end()) {
             return;

@@ -19,6 +19,7 @@
 #include "frame_endpoint.h"
 #include "host_identity.h"
 #include "offer_board.h"
+#include "orx/sync/mutex.h"
 #include "participant.h"
 #include "peer_participants.h"
 #include "peer_topics.h"
@@ -67,7 +68,7 @@ class DdsTransport::Impl {
         // need endpointsMutex_, so the endpoints go outside of it.
         std::map<std::string, EndpointEntry> endpoints;
         {
-            std::lock_guard<std::mutex> lock(endpointsMutex_);
+            orx::sync::MutexLock lock(endpointsMutex_);
             endpoints.swap(endpoints_);
         }
         endpoints.clear();
@@ -122,7 +123,7 @@ class DdsTransport::Impl {
                                             DdsStatus* status) {
         std::shared_ptr<FrameEndpoint> endpoint;
         {
-            std::lock_guard<std::mutex> lock(endpointsMutex_);
+            orx::sync::MutexLock lock(endpointsMutex_);
             auto& entry = endpoints_[topic];
             if (!entry.endpoint) {
                 entry.endpoint = std::make_shared<FrameEndpoint>(participant_, topic, qos);
@@ -180,7 +181,7 @@ class DdsTransport::Impl {
 
     // The endpoint of `topic` if it exists; never makes one.
     std::shared_ptr<FrameEndpoint> Existing(const std::string& topic) {
-        std::lock_guard<std::mutex> lock(endpointsMutex_);
+        orx::sync::MutexLock lock(endpointsMutex_);
         auto found = endpoints_.find(topic);
         return found == endpoints_.end() ? nullptr : found->second.endpoint;
     }
@@ -210,7 +211,7 @@ class DdsTransport::Impl {
     }
 
     bool Served(uint16_t serviceId) {
-        std::lock_guard<std::mutex> lock(routesMutex_);
+        orx::sync::MutexLock lock(routesMutex_);
         return servedServices_.count(serviceId) != 0;
     }
 
@@ -245,7 +246,7 @@ class DdsTransport::Impl {
     void OnLost(const ServiceOffer& offer) {
         std::shared_ptr<LostSlot> slot;
         {
-            std::lock_guard<std::mutex> lock(routesMutex_);
+            orx::sync::MutexLock lock(routesMutex_);
             slot = lostSlot_;
         }
         if (slot) {
@@ -278,7 +279,7 @@ class DdsTransport::Impl {
     void RouteRequest(Frame frame) {
         std::shared_ptr<Slot> slot;
         {
-            std::lock_guard<std::mutex> lock(routesMutex_);
+            orx::sync::MutexLock lock(routesMutex_);
             auto found = servers_.find(frame.providerId);
             if (found != servers_.end()) {
                 slot = found->second.slot;
@@ -292,7 +293,7 @@ class DdsTransport::Impl {
     void RouteReply(Frame frame) {
         std::shared_ptr<Slot> slot;
         {
-            std::lock_guard<std::mutex> lock(routesMutex_);
+            orx::sync::MutexLock lock(routesMutex_);
             auto found = clients_.find(frame.clientId);
             if (found != clients_.end()) {
                 slot = found->second;
@@ -306,7 +307,7 @@ class DdsTransport::Impl {
     void RouteEvent(Frame frame) {
         std::vector<std::shared_ptr<Slot>> slots;
         {
-            std::lock_guard<std::mutex> lock(routesMutex_);
+            orx::sync::MutexLock lock(routesMutex_);
             for (const auto& entry : subscriptions_) {
                 if (entry.second.Wants(frame)) {
                     slots.push_back(entry.second.slot);
@@ -349,23 +350,25 @@ class DdsTransport::Impl {
     struct EndpointEntry {
         std::shared_ptr<FrameEndpoint> endpoint;
     };
-    std::mutex endpointsMutex_;
-    std::map<std::string, EndpointEntry> endpoints_;  // guarded by endpointsMutex_
+    orx::sync::Mutex endpointsMutex_;
+    std::map<std::string, EndpointEntry> endpoints_ GUARDED_BY(endpointsMutex_);
 
     struct Server {
         uint16_t serviceId;
         std::shared_ptr<Slot> slot;
     };
-    // Held while the handlers of one role run (see Drain).
+    // Held while the handlers of one role run (see Drain). Recursive, because a handler may
+    // drain again on its own thread; they guard no member, so they stay standard mutexes (clang's
+    // lock check has no recursive kind).
     std::recursive_mutex serverCalls_;
     std::recursive_mutex clientCalls_;
 
-    std::mutex routesMutex_;
-    std::map<uint64_t, Server> servers_;                 // guarded by routesMutex_
-    std::multiset<uint16_t> servedServices_;             // guarded by routesMutex_
-    std::map<uint64_t, std::shared_ptr<Slot>> clients_;  // guarded by routesMutex_
-    std::map<uint64_t, Subscription> subscriptions_;     // guarded by routesMutex_
-    std::shared_ptr<LostSlot> lostSlot_;                 // guarded by routesMutex_
+    orx::sync::Mutex routesMutex_;
+    std::map<uint64_t, Server> servers_ GUARDED_BY(routesMutex_);
+    std::multiset<uint16_t> servedServices_ GUARDED_BY(routesMutex_);
+    std::map<uint64_t, std::shared_ptr<Slot>> clients_ GUARDED_BY(routesMutex_);
+    std::map<uint64_t, Subscription> subscriptions_ GUARDED_BY(routesMutex_);
+    std::shared_ptr<LostSlot> lostSlot_ GUARDED_BY(routesMutex_);
 };
 
 }  // namespace dds

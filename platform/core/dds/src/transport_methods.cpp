@@ -1,6 +1,7 @@
 // DdsTransport: method requests and replies.
 #include "vorx/driver/dds/dds_transport.h"
 
+#include "orx/sync/mutex.h"
 #include "transport_impl.h"
 
 namespace vorx {
@@ -10,7 +11,7 @@ namespace dds {
 DdsStatus DdsTransport::Serve(uint64_t providerId, uint16_t serviceId, FrameHandler onRequest) {
     std::shared_ptr<Slot> previous;
     {
-        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        orx::sync::MutexLock lock(impl_->routesMutex_);
         auto found = impl_->servers_.find(providerId);
         if (found != impl_->servers_.end()) {
             previous = found->second.slot;
@@ -40,7 +41,7 @@ DdsStatus DdsTransport::Serve(uint64_t providerId, uint16_t serviceId, FrameHand
 void DdsTransport::StopServing(uint64_t providerId) {
     std::shared_ptr<Slot> slot;
     {
-        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        orx::sync::MutexLock lock(impl_->routesMutex_);
         auto found = impl_->servers_.find(providerId);
         if (found == impl_->servers_.end()) {
             return;
@@ -84,7 +85,7 @@ DdsStatus DdsTransport::SendReply(const std::string& replyTopic, Frame reply,
 DdsStatus DdsTransport::OpenClient(uint64_t clientId, FrameHandler onReply) {
     std::shared_ptr<Slot> previous;
     {
-        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        orx::sync::MutexLock lock(impl_->routesMutex_);
         auto& slot = impl_->clients_[clientId];
         previous = slot;
         slot = std::make_shared<Slot>(std::move(onReply));
@@ -98,7 +99,7 @@ DdsStatus DdsTransport::OpenClient(uint64_t clientId, FrameHandler onReply) {
 void DdsTransport::CloseClient(uint64_t clientId) {
     std::shared_ptr<Slot> slot;
     {
-        std::lock_guard<std::mutex> lock(impl_->routesMutex_);
+        orx::sync::MutexLock lock(impl_->routesMutex_);
         auto found = impl_->clients_.find(clientId);
         if (found == impl_->clients_.end()) {
             return;

@@ -86,15 +86,14 @@ enum class LatencyMode : uint8_t {
     DISABLE = 1,
 };
 
-// Values of AppRegisterInfo::kind (a plain uint8 there): which nested record a report is about.
-// 0 to 3 are fixed by the daemon; LATENCY and LISTENER are ours.
+// Values of AppRegisterInfo::kind (a plain uint8 there): which nested record a registration
+// report is about. Latency reports and sample-timeout reports leave the kind at its default (0)
+// and are told from event reports by what they carry (latencyInfo, listenerParams).
 enum class ReportKind : uint8_t {
     EVENT = 0,
     METHOD = 1,
     FIELD = 2,
     E2E_AND_NODE = 3,
-    LATENCY = 4,
-    LISTENER = 5,
 };
 
 // Names of the enumerators, for logs and tools. An unknown value yields "UNKNOWN".
@@ -214,10 +213,6 @@ constexpr const char* ToString(ReportKind value) {
             return "FIELD";
         case ReportKind::E2E_AND_NODE:
             return "E2E_AND_NODE";
-        case ReportKind::LATENCY:
-            return "LATENCY";
-        case ReportKind::LISTENER:
-            return "LISTENER";
     }
     return "UNKNOWN";
 }

@@ -107,12 +107,12 @@ void VisitMembers(R& record, V&& visitor) {
     auto Members() const {                                                                     \
         return std::tie(__VA_ARGS__);                                                          \
     }                                                                                          \
-    static constexpr auto kMemberNames =                                                       \
+    [[maybe_unused]] static constexpr auto kMemberNames =                                      \
         ::orx::maintaind::detail::SplitMemberNames<::orx::maintaind::detail::CountMemberNames( \
             #__VA_ARGS__)>(#__VA_ARGS__);                                                      \
-    friend bool operator==(const Type& lhs, const Type& rhs) {                                 \
+    [[maybe_unused]] friend bool operator==(const Type& lhs, const Type& rhs) {                \
         return lhs.Members() == rhs.Members();                                                 \
     }                                                                                          \
-    friend bool operator!=(const Type& lhs, const Type& rhs) {                                 \
+    [[maybe_unused]] friend bool operator!=(const Type& lhs, const Type& rhs) {                \
         return !(lhs == rhs);                                                                  \
     }

@@ -5,6 +5,7 @@
 #include "ara/kelda/common/log/log.h"
 
 #include "orx/maintaind/tools/method_ids.h"
+#include "orx/sync/mutex.h"
 #include "vorx/driver/dds/dds_entity_info.h"
 #include "vorx/vcc/orxmaintaind/type/orx_maintaind_type.h"
 
@@ -61,7 +62,7 @@ ToolsClient::~ToolsClient() {
     vorx::vcc::Proxy::StopFindService(search_);
     std::shared_ptr<vorx::vcc::Proxy> proxy;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         proxy = std::move(proxy_);
     }
 }
@@ -71,21 +72,22 @@ void ToolsClient::OnOffers(const vorx::vcc::ServiceHandleContainer& handles) {
         return;  // a proxy made already talks to the service again once it is back
     }
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         offer_ = std::make_shared<vorx::vcc::HandleType>(handles.front());
     }
-    offered_.notify_all();
+    offered_.NotifyAll();
 }
 
 std::shared_ptr<vorx::vcc::Proxy> ToolsClient::WaitForProxy(Clock::time_point deadline) {
-    std::unique_lock<std::mutex> lock(mutex_);
+    orx::sync::MutexLock lock(mutex_);
     if (proxy_) {
         return proxy_;
     }
     if (search_.id == 0) {
         return nullptr;
     }
-    if (!offered_.wait_until(lock, deadline, [this] { return offer_ != nullptr; })) {
+    if (!offered_.WaitUntil(mutex_, deadline,
+                            [this]() REQUIRES(mutex_) { return offer_ != nullptr; })) {
         return nullptr;
     }
     proxy_ = std::make_shared<vorx::vcc::Proxy>(*offer_);

@@ -3,15 +3,14 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "ara/com/com_error_domain.h"
 #include "client/call_outcome.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/api/types/driver_type.h"
 #include "vorx/vcc/handle_type.h"
 #include "vorx/vcc/proxy.h"
@@ -91,10 +90,10 @@ class ToolsClient {
     const ClientSettings settings_;
     const Clock::time_point started_;
     vorx::vcc::FindServiceHandle search_;
-    std::mutex mutex_;
-    std::condition_variable offered_;
-    std::shared_ptr<vorx::vcc::HandleType> offer_;  // guarded by mutex_: newest offer seen
-    std::shared_ptr<vorx::vcc::Proxy> proxy_;       // guarded by mutex_
+    orx::sync::Mutex mutex_;
+    orx::sync::CondVar offered_;
+    std::shared_ptr<vorx::vcc::HandleType> offer_ GUARDED_BY(mutex_);  // newest offer seen
+    std::shared_ptr<vorx::vcc::Proxy> proxy_ GUARDED_BY(mutex_);
 };
 
 }  // namespace orx::orxmaint

@@ -60,10 +60,11 @@ struct ScriptedReply {
     }
 };
 
-// A stand-in for the maintenance daemon in the test's own process: offers the maintenance service
-// (service id 0xE000, the core's application-side service path, instance "1" by default) on the
-// in-process driver, serves RegisterApp (entity 60621: one AppRegisterInfo in, ReturnCode out) and
-// publishes SwitchApplicationLatency (entity 30161, LatencySwitch).
+// A stand-in for the maintenance daemon in the test's own process: offers the application side of
+// the maintenance service (orx::maintaind::service: kAppServiceId, kAppServicePath, instance "1"
+// by default) on the in-process driver, serves RegisterApp (kRegisterAppMethodId: one
+// AppRegisterInfo in, ReturnCode out) and publishes the latency switch event
+// (kSwitchLatencyEventId, LatencySwitch).
 //
 // Every RegisterApp request that reaches it is decoded and recorded. What it answers is scripted:
 // a queue of behaviours taken one per request in arrival order, then the default (reply code 0

@@ -13,8 +13,8 @@
 
 namespace orx::test {
 
-// A maintenance daemon's service as a client looks for it: the application side (0xE000) or the
-// tools side (any other id), instance "1", on `binding`.
+// A maintenance daemon's service as a client looks for it: the application side
+// (service::kAppServiceId) or the tools side (any other id), instance "1", on `binding`.
 vorx::vcc::ServiceDescription MaintaindService(uint16_t serviceId,
                                                vorx::vcc::api::types::DriverType binding);
 

@@ -12,18 +12,19 @@ namespace vorx::vcc {
 // none.
 class VCC_EXPORT DfxPluginLoader {
   public:
-    // Opens the plug-in with dlopen(RTLD_NOW | RTLD_GLOBAL). The path is `path` if not empty,
-    // else $ORX_DFX_PLUGIN if set and not empty, else the plug-in path of orx.json.
+    // Opens the plug-in at `path` with dlopen(RTLD_NOW | RTLD_GLOBAL). The caller chooses the
+    // path from its settings (the core's runtime: $ORX_DFX_PLUGIN, else "dfx.pluginPath" of
+    // orx.json); the loader reads no configuration of its own.
     // Returns true when the plug-in is loaded and a maintenance interface is registered.
     // Returns false:
-    //  - quietly (one info line) when no path is configured anywhere;
+    //  - quietly (one info line) when `path` is empty: no plug-in configured;
     //  - with one warning line naming the path and the dlerror() text when the file is missing
     //    or not a loadable library;
     //  - with one warning line when the library loaded but registered no maintenance interface.
     // After a successful load, later calls do nothing and return true (the plug-in is loaded at
     // most once per process); after a failure, a later call may try again. The plug-in is never
     // unloaded. Thread-safe; concurrent calls are serialised.
-    static bool Load(const std::string& path = "");
+    static bool Load(const std::string& path);
 
     // True once Load has succeeded.
     static bool Loaded();

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "vorx/vcc/export.h"
+#include "vorx/vcc/mono_time.h"
 
 namespace vorx::vcc {
 
@@ -18,10 +19,10 @@ inline constexpr EventHandle kInvalidEventHandle = 0U;
 
 enum class EventScheduleMode : std::uint8_t { kOneShot = 0, kCyclic = 1 };
 
-// Nanoseconds of CLOCK_MONOTONIC: the time base of every start time the core schedules with.
-VCC_EXPORT long GetCurMonoTime();
-
-// The core's timer service: runs jobs at given monotonic times on one worker thread of its own.
+// The core's timer service: runs jobs at given times of its clock on one worker thread of its
+// own. The process-wide controller runs on the real monotonic clock (GetCurMonoTime); a
+// controller that a test builds may take a ManualMonoClock, whose Advance is what lets jobs
+// become due.
 //
 // Order: due jobs run one after another in start order; jobs with the same start run in the
 // order they were inserted. A job that throws is logged (logger "CM", error level) and the worker
@@ -46,15 +47,21 @@ class VCC_EXPORT EventController {
     // destruction.
     static std::shared_ptr<EventController> GetInstance();
 
-    // A private controller with its own worker, for tests and benchmarks. Its destructor drops
-    // the jobs that have not started, waits for a running job to end (unless it runs on the
-    // worker itself) and stops the worker.
+    // A private controller with its own worker, for tests and benchmarks, on the real clock or
+    // on `clock` (not null). Its destructor drops the jobs that have not started, waits for a
+    // running job to end (unless it runs on the worker itself) and stops the worker.
     EventController();
+    explicit EventController(std::shared_ptr<MonoClock> clock);
     ~EventController();
     EventController(const EventController&) = delete;
     EventController& operator=(const EventController&) = delete;
 
-    // Creates a job; nothing runs until InsertEvent. `start` is an absolute monotonic time in ns
+    // The time of this controller's clock in ns: what start times are measured against. For
+    // the process-wide controller it is GetCurMonoTime().
+    long GetCurMonoTime() const;
+    const std::shared_ptr<MonoClock>& Clock() const;
+
+    // Creates a job; nothing runs until InsertEvent. `start` is an absolute time in ns of Clock()
     // (a time in the past means "as soon as possible"); `period` is the interval in ns of a
     // cyclic job and is ignored (conventionally -1) for a one-shot job. Returns the new handle,
     // or kInvalidEventHandle (with a warning) for an empty task or a cyclic job whose period is
@@ -86,6 +93,13 @@ class VCC_EXPORT EventController {
     // just before exit (withdrawals of services that were just stopped) still run, and objects
     // their jobs keep alive are destroyed while the rest of the process still works.
     bool WaitForDueOneShotJobs(std::chrono::milliseconds timeout);
+
+    // Like WaitForDueOneShotJobs, but cyclic jobs that are due count as well. With a manual
+    // clock this is how a test learns that everything its last Advance made due has run.
+    bool WaitForDueJobs(std::chrono::milliseconds timeout);
+
+    // True on this controller's worker thread, that is inside one of its jobs.
+    bool OnWorkerThread() const;
 
   private:
     class Impl;

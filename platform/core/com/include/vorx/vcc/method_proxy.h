@@ -6,7 +6,6 @@
 #include <future>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +14,7 @@
 #include "ara/core/error_code.h"
 #include "ara/core/future.h"
 #include "ara/core/promise.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/api/types/entity_info.h"
 #include "vorx/vcc/codec.h"
 #include "vorx/vcc/driver/driver.h"
@@ -100,12 +100,12 @@ class VCC_EXPORT MethodProxyBase {
     void HandleErrorReply(const MethodReply& reply, const std::shared_ptr<PendingReply>& pending);
 
     const Settings settings_;
-    mutable std::mutex mutex_;
-    std::shared_ptr<Driver> driver_;                              // guarded by mutex_
-    ClientId client_{0};                                          // guarded by mutex_
-    uint16_t sessionId_{1};                                       // guarded by mutex_
-    std::map<uint16_t, std::shared_ptr<PendingReply>> promises_;  // guarded by mutex_
-    std::deque<std::shared_ptr<PendingReply>> lost_;              // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    std::shared_ptr<Driver> driver_ GUARDED_BY(mutex_);
+    ClientId client_ GUARDED_BY(mutex_){0};
+    uint16_t sessionId_ GUARDED_BY(mutex_){1};
+    std::map<uint16_t, std::shared_ptr<PendingReply>> promises_ GUARDED_BY(mutex_);
+    std::deque<std::shared_ptr<PendingReply>> lost_ GUARDED_BY(mutex_);
 };
 
 // The typed promise of one waiting request.

@@ -6,10 +6,12 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include "ara/kelda/common/orxConfigParser/export.h"
+#include "ara/kelda/common/orxConfigParser/setting.h"
 
 // Readers of the application's configuration file orx.json (schema: docs/orx-json.md).
 //
@@ -45,7 +47,10 @@ class ORX_CONFIG_EXPORT OrxConfigParser {
 };
 
 // The process-wide view of orx.json: the file is read once, by the first GetInstance, and never
-// again. Every getter is const and safe from any thread.
+// again. It reads the maintenance service's keys itself ("maintenance.*"); the rest of the file
+// is read from Document() by those it belongs to (the core's start-up settings, the service
+// deployments), each key by one reader, so each problem is reported once. Every getter is const
+// and safe from any thread.
 class ORX_CONFIG_EXPORT ParseJsonToGetConfig {
   public:
     // The shared instance, reading ConfigFilePath() on first use. Lives until process exit
@@ -63,19 +68,13 @@ class ORX_CONFIG_EXPORT ParseJsonToGetConfig {
     std::pair<std::string, bool> GetNetworkIp() const;
     // Resource attributes of the maintenance service's entities; empty when absent.
     std::map<std::string, std::string> GetResourceAttr() const;
-    // Application name, "" when absent.
-    std::string GetAppName() const;
-    // Log level as a level name ("verbose", "debug", "info", "warning", "error", "fatal",
-    // "off"); "" when absent.
-    std::string GetLogLevel() const;
-    // Log file path, "" when absent.
-    std::string GetLogFile() const;
-    // Path of the DFX plug-in library, "" when absent.
-    std::string GetPluginPath() const;
-    // The whole parsed file, including sections this class does not read ("services", "dds");
+    // The whole parsed file, including the sections this class does not read ("application",
+    // "dfx", "drivers", "services", "dds");
     // {} when the file is missing or unusable. Lives as long as this object.
     const nlohmann::json& Document() const;
     const std::string& FilePath() const;
+    // The problems found in the file as a whole and in the keys read here, in the order found.
+    const std::vector<SettingProblem>& Problems() const;
 
   private:
     std::string filePath_;
@@ -83,10 +82,7 @@ class ORX_CONFIG_EXPORT ParseJsonToGetConfig {
     std::string instanceId_;
     std::pair<std::string, bool> network_;
     std::map<std::string, std::string> resourceAttr_;
-    std::string appName_;
-    std::string logLevel_;
-    std::string logFile_;
-    std::string pluginPath_;
+    std::vector<SettingProblem> problems_;
 };
 
 }  // namespace ara::kelda::common::orxConfigParser

@@ -2,8 +2,9 @@
 #define VORX_VCC_APP_FIELD_VALUE_H
 
 #include <functional>
-#include <mutex>
 #include <utility>
+
+#include "orx/sync/mutex.h"
 
 namespace vorx::vcc::app {
 
@@ -19,14 +20,14 @@ class FieldValue {
         : value_(std::move(initial)), notify_(std::move(notify)) {}
 
     T Get() const {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         return value_;
     }
 
     // Takes `value` and publishes it; returns the value taken.
     T Set(const T& value) {
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             value_ = value;
         }
         Notify(value);
@@ -40,8 +41,8 @@ class FieldValue {
   private:
     bool Notify(const T& value) const { return notify_ && notify_(value); }
 
-    mutable std::mutex mutex_;
-    T value_;  // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    T value_ GUARDED_BY(mutex_);
     const std::function<bool(const T&)> notify_;
 };
 

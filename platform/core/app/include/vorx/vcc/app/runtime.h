@@ -7,27 +7,33 @@
 #include <vector>
 
 #include "vorx/vcc/app/deployment.h"
+#include "vorx/vcc/app/process_settings.h"
 #include "vorx/vcc/app/service_consumer.h"
 #include "vorx/vcc/app/service_provider.h"
 #include "vorx/vcc/export.h"
 
 namespace vorx::vcc::app {
 
-// What an application starts first: reads orx.json once, sets up logging, loads the DFX
-// plug-in and initialises it, and hands out the services deployed in orx.json.
+// What an application starts first: reads orx.json and the environment once, sets up logging,
+// hands every module of the core its settings, loads the DFX plug-in and initialises it, and
+// hands out the services deployed in orx.json.
 //
 // Start-up, in the constructor:
 //   1. The configuration file: $ORX_CONFIG when set and not empty, else Options::configPath when
-//      not empty, else "./orx.json". The choice is written to ORX_CONFIG so that every reader of
-//      the process (the core, the plug-in) reads the same file. A missing or broken file means
-//      "nothing configured" (logged by the configuration parser), never a failure.
-//   2. Logging: Log::InitLog with "application.name" (or "orx-app") and "application.logLevel"
-//      (info by default; ORX_LOG_LEVEL still wins).
-//   3. The "services" deployments (deployment_parser.h); bad values are logged and skipped.
-//   4. The DFX plug-in: the path in $ORX_DFX_PLUGIN, else "dfx.pluginPath" of orx.json, else
+//      not empty, else "./orx.json". The choice is written to ORX_CONFIG so that the plug-in,
+//      which reads orx.json itself, reads the same file. A missing or broken file means
+//      "nothing configured" (logged), never a failure.
+//   2. The process's settings (process_settings.h): read once, every refused value logged once.
+//   3. Logging: set up with "application.name" (or "orx-app"), the level (ORX_LOG_LEVEL, else
+//      "application.logLevel", else info) and the log file (ORX_LOG_FILE, else
+//      "application.logFile"). Logging is set up once per process, so the plug-in's own
+//      initialisation later keeps all of it.
+//   4. The "services" deployments (deployment_parser.h); bad values are logged and skipped.
+//   5. The settings are handed to the core's modules (ApplyProcessSettings).
+//   6. The DFX plug-in: the path in $ORX_DFX_PLUGIN, else "dfx.pluginPath" of orx.json, else
 //      Options::pluginPath. Without one (or when it cannot be loaded) one log line says so and
 //      the application runs on without maintenance reporting.
-//   5. InitializeAll on the maintenance interface the plug-in registered, if any.
+//   7. InitializeAll on the maintenance interface the plug-in registered, if any.
 //
 // One Runtime per process, made before any other use of the core and kept until the end of main;
 // a second one is refused (warning, and it reads nothing). Its providers and consumers may
@@ -46,6 +52,8 @@ class VCC_EXPORT Runtime {
     Runtime(const Runtime&) = delete;
     Runtime& operator=(const Runtime&) = delete;
 
+    // The process's settings as read at start-up (empty in a refused second Runtime).
+    const ProcessSettings& Settings() const;
     // "application.name", "" when not configured.
     const std::string& AppName() const;
     // The configuration file in use.

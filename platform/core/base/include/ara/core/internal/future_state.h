@@ -2,15 +2,14 @@
 #define ARA_CORE_INTERNAL_FUTURE_STATE_H
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <future>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "ara/core/result.h"
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/export.h"
 
 namespace ara::core::internal {
@@ -21,7 +20,7 @@ VCC_EXPORT void PrintInvalidFutureStatusNotice();
 VCC_EXPORT void ReportContinuationFailure(const char* what) noexcept;
 
 // The state a promise and its future share: the outcome once there, and at most one
-// continuation to run when it arrives. Every member is guarded by mutex_; continuations run
+// continuation to run when it arrives. Continuations run
 // without the lock held, on the thread that completes the state (or on the thread that attaches
 // the continuation when the outcome is there already).
 template <typename T, typename E>
@@ -33,7 +32,7 @@ class FutureState final : public std::enable_shared_from_this<FutureState<T, E>>
     // Marks the future as handed out. Throws std::future_error(future_already_retrieved) when
     // it was handed out before.
     void MarkRetrieved() {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (retrieved_) {
             throw std::future_error(std::future_errc::future_already_retrieved);
         }
@@ -45,14 +44,14 @@ class FutureState final : public std::enable_shared_from_this<FutureState<T, E>>
     void Complete(ResultType&& result) {
         Continuation next;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             if (ready_) {
                 throw std::future_error(std::future_errc::promise_already_satisfied);
             }
             result_.emplace(std::move(result));
             ready_ = true;
             next = std::move(continuation_);
-            cv_.notify_all();
+            cv_.NotifyAll();
         }
         if (next) {
             next(this->shared_from_this());
@@ -64,14 +63,14 @@ class FutureState final : public std::enable_shared_from_this<FutureState<T, E>>
     void Abandon() noexcept {
         Continuation next;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             if (ready_) {
                 return;
             }
             broken_ = true;
             ready_ = true;
             next = std::move(continuation_);
-            cv_.notify_all();
+            cv_.NotifyAll();
         }
         if (next) {
             next(this->shared_from_this());
@@ -79,32 +78,32 @@ class FutureState final : public std::enable_shared_from_this<FutureState<T, E>>
     }
 
     bool IsReady() const {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         return ready_;
     }
 
     void Wait() const {
-        std::unique_lock<std::mutex> lock(mutex_);
-        cv_.wait(lock, [this] { return ready_; });
+        orx::sync::MutexLock lock(mutex_);
+        cv_.Wait(mutex_, [this]() REQUIRES(mutex_) { return ready_; });
     }
 
     // True when the outcome arrived before `deadline`.
     template <typename Clock, typename Duration>
     bool WaitUntil(const std::chrono::time_point<Clock, Duration>& deadline) const {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return cv_.wait_until(lock, deadline, [this] { return ready_; });
+        orx::sync::MutexLock lock(mutex_);
+        return cv_.WaitUntil(mutex_, deadline, [this]() REQUIRES(mutex_) { return ready_; });
     }
 
     template <typename Rep, typename Period>
     bool WaitFor(const std::chrono::duration<Rep, Period>& timeout) const {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return cv_.wait_for(lock, timeout, [this] { return ready_; });
+        orx::sync::MutexLock lock(mutex_);
+        return cv_.WaitFor(mutex_, timeout, [this]() REQUIRES(mutex_) { return ready_; });
     }
 
     // Moves the outcome out. REQUIRES: ready. Throws std::future_error(broken_promise) when the
     // promise died without an outcome.
     ResultType Take() {
-        std::lock_guard<std::mutex> lock(mutex_);
+        orx::sync::MutexLock lock(mutex_);
         if (broken_) {
             throw std::future_error(std::future_errc::broken_promise);
         }
@@ -115,7 +114,7 @@ class FutureState final : public std::enable_shared_from_this<FutureState<T, E>>
     // A later call replaces an earlier continuation that has not run yet.
     void SetContinuation(Continuation next) {
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            orx::sync::MutexLock lock(mutex_);
             if (!ready_) {
                 continuation_ = std::move(next);
                 return;
@@ -125,13 +124,13 @@ class FutureState final : public std::enable_shared_from_this<FutureState<T, E>>
     }
 
   private:
-    mutable std::mutex mutex_;
-    mutable std::condition_variable cv_;
-    std::optional<ResultType> result_;  // guarded by mutex_
-    bool ready_ = false;                // guarded by mutex_: an outcome or broken_ is set
-    bool broken_ = false;               // guarded by mutex_
-    bool retrieved_ = false;            // guarded by mutex_: get_future() was called
-    Continuation continuation_;         // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    mutable orx::sync::CondVar cv_;
+    std::optional<ResultType> result_ GUARDED_BY(mutex_);
+    bool ready_ GUARDED_BY(mutex_) = false;  // an outcome or broken_ is set
+    bool broken_ GUARDED_BY(mutex_) = false;
+    bool retrieved_ GUARDED_BY(mutex_) = false;  // get_future() was called
+    Continuation continuation_ GUARDED_BY(mutex_);
 };
 
 }  // namespace ara::core::internal

@@ -8,9 +8,9 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/driver/driver.h"
 #include "vorx/vcc/export.h"
 
@@ -128,15 +128,15 @@ class VCC_EXPORT FaultInjectingDriver final : public Driver {
     bool Apply(const Fault& fault, std::function<bool()> forward);
 
     const std::shared_ptr<Driver> inner_;
-    mutable std::mutex mutex_;
-    std::array<std::deque<Fault>, 3> faults_;                 // guarded by mutex_
-    std::array<uint64_t, 3> sends_{};                         // guarded by mutex_
-    std::function<void(MethodCall&)> requestRewriter_;        // guarded by mutex_
-    std::function<void(MethodReply&)> replyRewriter_;         // guarded by mutex_
-    std::function<Fault(const MethodCall&)> requestDecider_;  // guarded by mutex_
-    std::map<PeerKey, PeerInfo> standIns_;                    // guarded by mutex_
-    std::map<PeerWatchId, PeerWatch> watches_;                // guarded by mutex_
-    PeerWatchId nextWatch_{1};                                // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    std::array<std::deque<Fault>, 3> faults_ GUARDED_BY(mutex_);
+    std::array<uint64_t, 3> sends_ GUARDED_BY(mutex_){};
+    std::function<void(MethodCall&)> requestRewriter_ GUARDED_BY(mutex_);
+    std::function<void(MethodReply&)> replyRewriter_ GUARDED_BY(mutex_);
+    std::function<Fault(const MethodCall&)> requestDecider_ GUARDED_BY(mutex_);
+    std::map<PeerKey, PeerInfo> standIns_ GUARDED_BY(mutex_);
+    std::map<PeerWatchId, PeerWatch> watches_ GUARDED_BY(mutex_);
+    PeerWatchId nextWatch_ GUARDED_BY(mutex_){1};
     std::unique_ptr<TaskThread> delayer_;  // runs delayed sends and the stand-ins' callbacks
 };
 

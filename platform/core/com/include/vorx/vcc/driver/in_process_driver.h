@@ -16,15 +16,15 @@ namespace vorx::vcc {
 // replies and event samples reach clients on its client thread; never on the sender's thread.
 //
 // Payload form: bytes by default, so every message goes through the encoders and decoders;
-// objects when set with SetPayloadMode or when the environment variable ORX_INPROCESS_PAYLOAD is
-// "objects" at construction ("bytes" is the default).
+// objects when made so or set with SetPayloadMode (the process's instance takes it from
+// DriverSettings::inProcessPayload).
 //
 // Lifetime: the process's shared instance (DriverRegistry) is never destroyed, so it works during
 // static destruction at exit. A private instance stops its threads in its destructor, which must
 // not run on one of them.
 class VCC_EXPORT InProcessDriver final : public Driver {
   public:
-    InProcessDriver();
+    explicit InProcessDriver(PayloadMode mode = PayloadMode::kBytes);
     ~InProcessDriver() override;
     InProcessDriver(const InProcessDriver&) = delete;
     InProcessDriver& operator=(const InProcessDriver&) = delete;

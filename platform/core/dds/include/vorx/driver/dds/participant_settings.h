@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
+#include "ara/kelda/common/orxConfigParser/config_reader.h"
+#include "ara/kelda/common/orxConfigParser/setting.h"
 #include "vorx/vcc/export.h"
 
 namespace vorx {
@@ -52,32 +52,38 @@ constexpr uint32_t kDefaultReceiveBufferBytes = 4U * 1024U * 1024U;
 // mapping.
 constexpr uint32_t kMaxDomainId = 232;
 
-// Reads an environment variable; std::nullopt when unset.
-using EnvLookup = std::function<std::optional<std::string>(const std::string& name)>;
-
-// The process environment (::getenv).
-VCC_EXPORT EnvLookup ProcessEnvironment();
+using EnvLookup = ara::kelda::common::orxConfigParser::EnvLookup;
+using ara::kelda::common::orxConfigParser::ProcessEnvironment;
 
 // Builds the settings from their sources, each overriding the one before:
 //   1. the defaults above;
-//   2. the maintenance network of orx.json (`networkIp`, the address from
-//      ParseJsonToGetConfig::GetNetworkIp(); empty means none);
-//   3. the "dds" object of orx.json (`orxDocument`): "domainId",
-//      "networkInterface", "peers", "allowMulticast", "maxAutoParticipantIndex",
-//      "leaseDurationMs", "receiveBufferBytes";
-//   4. the environment: ORX_DDS_DOMAIN (domain id), CYCLONEDDS_URI (Cyclone's
-//      own configuration, replacing the network settings).
+//   2. the maintenance network of orx.json (`maintenanceNetwork`, the address of
+//      ParseJsonToGetConfig::GetNetworkIp(); empty or one of the plug-in's
+//      placeholders means none);
+//   3. the "dds" object of orx.json, read through `file` (may be null):
+//      "domainId", "networkInterface", "peers", "allowMulticast",
+//      "maxAutoParticipantIndex", "leaseDurationMs", "receiveBufferBytes";
+//   4. `env`: ORX_DDS_DOMAIN (domain id), CYCLONEDDS_URI (Cyclone's own
+//      configuration, replacing the network settings).
 // A configured non-loopback interface drops the loopback peer; without peers of
 // its own it turns multicast on unless "allowMulticast" says otherwise.
-// A bad value (wrong type, out of range) is reported by one error line on the
-// "CM" logger naming `filePath` (or the variable) and the key, and is ignored.
-// Never throws.
-VCC_EXPORT ParticipantSettings
-LoadParticipantSettings(const nlohmann::json& orxDocument, const std::string& filePath,
-                        const std::pair<std::string, bool>& networkIp, const EnvLookup& env);
+// A bad value (wrong type, out of range) is refused with one error line naming
+// the file and key (or the variable); the earlier value stays. Where each value
+// came from ("dds.<key>", "CYCLONEDDS_URI") and every refused value go to
+// `report` (may be null). Never throws.
+VCC_EXPORT ParticipantSettings LoadParticipantSettings(
+    ara::kelda::common::orxConfigParser::ConfigReader* file,
+    const std::pair<std::string, bool>& maintenanceNetwork, const EnvLookup& env,
+    ara::kelda::common::orxConfigParser::SettingsReport* report = nullptr);
 
-// The settings of this process: orx.json through ParseJsonToGetConfig and the
-// process environment.
+// Hands the process's DDS driver (DdsDriver::GetShared) its settings. The
+// process's start-up does this once, before the driver is made; later calls
+// reach only a driver made afterwards. Thread-safe.
+VCC_EXPORT void SetProcessParticipantSettings(const ParticipantSettings& settings);
+
+// The settings of the process's DDS driver: those handed over, else, in a
+// process that hands over none (tests, small tools), the defaults with the
+// process environment over them, read once. Thread-safe.
 VCC_EXPORT ParticipantSettings ProcessParticipantSettings();
 
 // The text handed to Cyclone when the domain is created: `cycloneUri` when set,

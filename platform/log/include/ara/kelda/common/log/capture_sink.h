@@ -3,15 +3,14 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "ara/kelda/common/log/export.h"
 #include "ara/kelda/common/log/log_sink.h"
+#include "orx/sync/mutex.h"
 
 namespace ara::kelda::common::log {
 
@@ -45,12 +44,12 @@ class KELDA_LOG_EXPORT CaptureSink : public LogSink {
     void Clear();
 
   private:
-    size_t CountLocked(LogLevel level, const std::string& text, bool exact) const;
+    size_t CountLocked(LogLevel level, const std::string& text, bool exact) const REQUIRES(mutex_);
 
     std::atomic<LogLevel> threshold_;
-    mutable std::mutex mutex_;
-    mutable std::condition_variable changed_;
-    std::vector<LogRecord> records_;  // guarded by mutex_
+    mutable orx::sync::Mutex mutex_;
+    mutable orx::sync::CondVar changed_;
+    std::vector<LogRecord> records_ GUARDED_BY(mutex_);
 };
 
 }  // namespace ara::kelda::common::log

@@ -13,7 +13,7 @@ namespace ara::kelda::common::log {
 // One finished log line as the sinks receive it.
 struct LogRecord {
     LogLevel level;
-    std::string appId;      // from Log::InitLog, empty before it
+    std::string appId;      // from the logging set-up (Log::InitLog), empty before it
     std::string contextId;  // the logger that wrote the line
     std::string text;       // exactly what was streamed, never decorated
     int64_t wallTimeNs;     // CLOCK_REALTIME when the line was finished

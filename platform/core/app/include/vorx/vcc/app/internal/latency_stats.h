@@ -3,8 +3,8 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/api/types/latency.h"
 #include "vorx/vcc/export.h"
 
@@ -34,14 +34,14 @@ class VCC_EXPORT LatencyStats {
     api::types::LatencyResult TakePeriod();
 
   private:
-    void ResetLocked();  // REQUIRES: mutex_
+    void ResetLocked() REQUIRES(mutex_);
 
     std::atomic<bool> enabled_{false};
-    std::mutex mutex_;
-    uint64_t count_{0};  // guarded by mutex_
-    uint64_t sumUs_{0};  // guarded by mutex_
-    uint64_t minUs_{0};  // guarded by mutex_
-    uint64_t maxUs_{0};  // guarded by mutex_
+    orx::sync::Mutex mutex_;
+    uint64_t count_ GUARDED_BY(mutex_){0};
+    uint64_t sumUs_ GUARDED_BY(mutex_){0};
+    uint64_t minUs_ GUARDED_BY(mutex_){0};
+    uint64_t maxUs_ GUARDED_BY(mutex_){0};
 };
 
 }  // namespace vorx::vcc::app

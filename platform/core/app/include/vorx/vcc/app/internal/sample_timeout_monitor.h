@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 
+#include "orx/sync/mutex.h"
 #include "vorx/vcc/event_controller.h"
 #include "vorx/vcc/export.h"
 
@@ -67,23 +67,23 @@ class VCC_EXPORT SampleTimeoutMonitor : public std::enable_shared_from_this<Samp
     void OnSample(long receiveTimeNs) { watch_.Sample(receiveTimeNs); }
     // Stops watching: once it returns, `notify` is not running and does not run again before the
     // next Start (unless Stop is called from inside `notify`, which then finishes on its own).
-    // REQUIRES: the caller holds no lock that `notify` takes.
-    void Stop();
+    // The caller must hold no lock that `notify` takes.
+    void Stop() EXCLUDES(mutex_);
     bool Watching() const;
     uint32_t Count() const;
 
   private:
-    void RunCheck(uint64_t generation);
-    void ScheduleLocked(long startNs);  // REQUIRES: mutex_
+    void RunCheck(uint64_t generation) EXCLUDES(mutex_);
+    void ScheduleLocked(long startNs) REQUIRES(mutex_);
 
     const uint32_t thresholdMs_;
     const Notify notify_;
     const std::shared_ptr<EventController> controller_;
     TimeoutWatch watch_;
-    mutable std::mutex mutex_;
-    bool watching_{false};                     // guarded by mutex_
-    uint64_t generation_{0};                   // guarded by mutex_: counts Start calls
-    EventHandle handle_{kInvalidEventHandle};  // guarded by mutex_: the pending or running check
+    mutable orx::sync::Mutex mutex_;
+    bool watching_ GUARDED_BY(mutex_){false};
+    uint64_t generation_ GUARDED_BY(mutex_){0};                   // counts Start calls
+    EventHandle handle_ GUARDED_BY(mutex_){kInvalidEventHandle};  // the pending or running check
 };
 
 }  // namespace vorx::vcc::app
