@@ -56,7 +56,7 @@ void SelectEntities(const RegistryState& state, const std::map<EntityKey, Entry>
     bool first = true;
     for (const auto& [key, entry] : entities) {
         if (first || key.appName != lastNode.appName || key.pid != lastNode.pid) {
-            lastNode = NodeKey{key.appName, key.pid};
+            lastNode = NodeOf(key);
             lastOnline = IsNodeOnline(state, lastNode);
             first = false;
         }

@@ -23,17 +23,20 @@ namespace orx::maintaind::tools {
 struct NodeEntry {
     String appName;
     int32_t pid{};
-    String host;  // host name of the daemon for local processes, "" when unknown
+    String host;  // host name the process's own participant gave, "" when unknown
     bool online{};
     uint64_t firstSeen{};  // first report of this process
     uint64_t lastSeen{};   // last report, or when it was found gone
-    String offlineReason;  // "" while online; "offline report" or "process gone"
+    // "" while online; "offline report", "process gone", "lease expired" or "restarted"
+    String offlineReason;
     uint32_t eventCount{};
     uint32_t methodCount{};
     uint32_t fieldCount{};
+    // Restarts of this application on this host counted up to this run (earlier runs included).
+    uint32_t restarts{};
 
     ORX_MAINTAIND_RECORD(NodeEntry, appName, pid, host, online, firstSeen, lastSeen, offlineReason,
-                         eventCount, methodCount, fieldCount)
+                         eventCount, methodCount, fieldCount, restarts)
 };
 
 // One event as one application offers (isPub) or subscribes it.
