@@ -56,14 +56,14 @@ TEST_F(ViewsTest, NodesAreSortedByApplicationAndPidWithReadableStateAndSummary) 
     reply.nodes = {Node("radar", 300, true), Node("fusion", 200, false), Node("radar", 100, true)};
     reply.total = 3;
     EXPECT_EQ(Print(reply, PrintNodes),
-              "APP     PID  HOST  ONLINE             EVENTS  METHODS  FIELDS  FIRST SEEN"
-              "           LAST SEEN\n"
-              "fusion  200  ecu1  no (process gone)       2        0       0  2024-05-01T12:00:00"
-              "  2024-05-01T12:01:01\n"
-              "radar   100  ecu1  yes                     2        0       0  2024-05-01T12:00:00"
-              "  2024-05-01T12:01:01\n"
-              "radar   300  ecu1  yes                     2        0       0  2024-05-01T12:00:00"
-              "  2024-05-01T12:01:01\n"
+              "APP     PID  HOST  ONLINE  REASON        RESTARTS  EVENTS  METHODS  FIELDS"
+              "  FIRST SEEN           LAST SEEN\n"
+              "fusion  200  ecu1  no      process gone         0       2        0       0"
+              "  2024-05-01T12:00:00  2024-05-01T12:01:01\n"
+              "radar   100  ecu1  yes     -                    0       2        0       0"
+              "  2024-05-01T12:00:00  2024-05-01T12:01:01\n"
+              "radar   300  ecu1  yes     -                    0       2        0       0"
+              "  2024-05-01T12:00:00  2024-05-01T12:01:01\n"
               "3 nodes, 2 online\n");
 }
 
