@@ -93,6 +93,8 @@ bool Maintaind::Start(std::string& error) {
         registry_,
         [this](const LatencySwitch& order) { return appService_->PublishLatencySwitch(order); },
         *queue_, stats_);
+    pipeline_->SetLatencyResender(
+        [this](const LatencySwitch& order) { switcher_->Republish(order); });
     DaemonInfo info;
     info.version = kVersion;
     info.dbPath = settings_.dbPath;

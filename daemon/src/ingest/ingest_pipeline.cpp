@@ -66,6 +66,7 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
             unsaved_ = ChangeSet{};
             toSave.Merge(changes);
             toSave.notices.clear();
+            toSave.latencyResend.clear();
             saved = store_->Save(state, toSave);
             if (!saved.ok) {
                 unsaved_ = std::move(toSave);
@@ -86,6 +87,14 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
                               << "]";
     }
     LogNotices(changes);
+    if (resend_ && saved.ok) {
+        for (const auto& [key, index] : changes.latencyResend) {
+            LatencySwitch order;
+            order.mode = LatencyMode::ENABLE;
+            order.latencyIndex = index;
+            resend_(order);
+        }
+    }
     for (size_t i = 0; i < batch.size(); ++i) {
         IngestResult& result = results[i];
         if (!saved.ok && result.status == IngestResult::Status::kAccepted) {

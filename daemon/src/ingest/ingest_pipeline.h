@@ -30,6 +30,12 @@ class IngestPipeline {
     // batch. Called by one thread at a time.
     void Process(std::vector<IngestItem>& batch);
 
+    // Gets the latency switches to publish again after a batch (ChangeSet::latencyResend), once
+    // it is stored, on the worker. Set before the first batch.
+    void SetLatencyResender(std::function<void(const LatencySwitch&)> resend) {
+        resend_ = std::move(resend);
+    }
+
   private:
     IngestResult Apply(IngestItem& item, const ReportSender& sender, RegistryState& state,
                        const RegistryUpdater& updater, ChangeSet& changes);
@@ -39,6 +45,7 @@ class IngestPipeline {
     RegistryStore* const store_;
     DaemonStats& stats_;
     const SenderResolver resolver_;
+    std::function<void(const LatencySwitch&)> resend_;
     ChangeSet unsaved_;  // changes of failed transactions, retried with the next batch
     bool storeFailing_{false};
 };

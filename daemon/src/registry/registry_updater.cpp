@@ -32,7 +32,7 @@ ApplyOutcome RegistryUpdater::ApplyReport(const AppRegisterInfo& report, const R
             return ApplyNodeReport(report.nodeCommonRegisterInfo, sender, state, changes);
         }
         case ReportClass::kLatency:
-            return ApplyLatency(report.latencyInfo, state, changes);
+            return ApplyLatency(report.latencyInfo, sender, state, changes);
         case ReportClass::kListener:
             return ApplyListener(report, state, changes);
         case ReportClass::kUnknown:

@@ -126,8 +126,8 @@ class RegistryUpdater {
                              RegistryState& state, ChangeSet& changes) const;
 
     // Latency and sample timeouts (updater_latency.cpp).
-    ApplyOutcome ApplyLatency(const LatencyInfo& info, RegistryState& state,
-                              ChangeSet& changes) const;
+    ApplyOutcome ApplyLatency(const LatencyInfo& info, const ReportSender& sender,
+                              RegistryState& state, ChangeSet& changes) const;
     ApplyOutcome ApplyListener(const AppRegisterInfo& report, RegistryState& state,
                                ChangeSet& changes) const;
     tools::LatencyStatusEntry& StatusOf(const LatencyKey& key, RegistryState& state,

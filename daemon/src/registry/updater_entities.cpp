@@ -1,6 +1,7 @@
 // Events, methods, fields and E2E configurations: one entry per process, side and entity, the
 // newest report of it winning.
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "registry/entry_builder.h"
@@ -62,6 +63,14 @@ ApplyOutcome RegistryUpdater::StoreEntity(Entry entry, const ReportSender& sende
         existing->second = std::move(entry);
     }
     changed.insert(key);
+    if constexpr (std::is_same_v<Entry, tools::EventEntry>) {
+        const tools::EventEntry& event = entities.at(key);
+        auto status = state.latencyStatuses.find(LatencyKeyOf(event));
+        if (event.online && status != state.latencyStatuses.end() && status->second.requested &&
+            status->second.requestedMode == LatencyMode::ENABLE) {
+            changes.latencyResend[status->first] = status->second.latencyIndex;
+        }
+    }
     return {};
 }
 

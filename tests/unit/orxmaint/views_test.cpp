@@ -139,11 +139,12 @@ TEST_F(ViewsTest, LatencyStatusNamesTheLastOrderAndWhoAcknowledged) {
     ack.mode = maintaind::LatencyMode::ENABLE;
     ack.isSubMatched = true;
     status.acks = {ack};
+    status.unacknowledged = {"fusion/42@ecu2"};
     reply.statuses = {status};
     const std::string text = Print(reply, PrintLatencyStatuses);
     const std::string line = LineWith(text, "RadarObjects");
     EXPECT_NE(line.find("enable at 2024-05-01T12:00:00"), std::string::npos) << text;
-    EXPECT_NE(line.find("fusion: enable (sub)"), std::string::npos) << text;
+    EXPECT_NE(line.find("fusion: enable (sub)  fusion/42@ecu2"), std::string::npos) << text;
     EXPECT_NE(text.find("1 event, 1 with latency analysis enabled\n"), std::string::npos);
 }
 

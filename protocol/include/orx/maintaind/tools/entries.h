@@ -131,8 +131,11 @@ struct LatencyAckEntry {
     bool isPubMatched{};
     bool isSubMatched{};
     uint64_t ackedAt{};
+    int32_t pid{};  // the acknowledging process (0 when its transport did not name it)
+    String host;
 
-    ORX_MAINTAIND_RECORD(LatencyAckEntry, appName, mode, isPubMatched, isSubMatched, ackedAt)
+    ORX_MAINTAIND_RECORD(LatencyAckEntry, appName, mode, isPubMatched, isSubMatched, ackedAt, pid,
+                         host)
 };
 
 // Latency analysis of one event: what was last ordered and who acknowledged what.
@@ -143,10 +146,13 @@ struct LatencyStatusEntry {
     LatencyMode requestedMode{};
     uint64_t requestedAt{};
     bool enabled{};  // the newest acknowledgement of some application says ENABLE
-    std::vector<LatencyAckEntry> acks;  // newest acknowledgement per application
+    std::vector<LatencyAckEntry> acks;  // newest acknowledgement per process
+    // Running processes with the event that have not acknowledged the last order since it was
+    // given, as "app/pid@host" (filled in query answers only).
+    std::vector<String> unacknowledged;
 
     ORX_MAINTAIND_RECORD(LatencyStatusEntry, eventName, latencyIndex, requested, requestedMode,
-                         requestedAt, enabled, acks)
+                         requestedAt, enabled, acks, unacknowledged)
 };
 
 // One latency result reported by a subscribing application.
