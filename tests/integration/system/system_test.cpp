@@ -208,6 +208,27 @@ TEST_F(SystemTest, LatencySwitchReachesTheApplicationsAndResultsComeBack) {
     ASSERT_FALSE(results.empty());
     EXPECT_EQ(results[0]["latencyIndex"]["eventName"], "RadarObjectList");
 
+    // A subscriber started after the order measures too, and acknowledges as its own process.
+    apps_["fusion"]->Signal(SIGTERM);
+    ASSERT_EQ(apps_["fusion"]->WaitForExit(15s), std::optional<int>(0));
+    const auto restartedAt = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                 std::chrono::system_clock::now().time_since_epoch())
+                                 .count();
+    const int fusionPid = StartApp("fusion").Pid();
+    EXPECT_TRUE(daemon_->WaitForText("Latency switch published again[mode=enable", 20s));
+    const Json acked = JsonUntil({"latency", "status"}, [&](const Json& list) {
+        return list.size() == 1 && list[0]["unacknowledged"].empty() &&
+               list[0]["acks"].dump().find("\"pid\":" + std::to_string(fusionPid)) !=
+                   std::string::npos;
+    });
+    EXPECT_TRUE(acked.size() == 1 && acked[0]["unacknowledged"].empty()) << acked.dump();
+    const Json later = JsonUntil({"latency", "results"}, [&](const Json& list) {
+        return !list.empty() && list[0]["appName"] == "fusion" &&
+               list[0]["receivedAt"].get<int64_t>() > restartedAt;
+    });
+    ASSERT_FALSE(later.empty());
+    EXPECT_GT(later[0]["receivedAt"].get<int64_t>(), restartedAt) << later.dump();
+
     // An unknown name is refused with the name, exit code 1.
     const RunResult unknown = Orxmaint({"latency", "enable", "NoSuchEvent"});
     EXPECT_EQ(unknown.exitCode, 1);
