@@ -163,7 +163,9 @@ tools::LatencyStatusListReply QueryEngine::LatencyStatuses(const RegistryState& 
 std::vector<String> QueryEngine::Unacknowledged(const RegistryState& state, const LatencyKey& key,
                                                 const tools::LatencyStatusEntry& status) {
     std::set<String> waiting;
-    for (const auto& [entityKey, event] : state.events) {
+    for (const auto& item : state.events) {
+        const EntityKey& entityKey = item.first;  // a plain reference: lambdas capture it
+        const tools::EventEntry& event = item.second;
         if (!event.online || LatencyKeyOf(event) != key ||
             !IsNodeOnline(state, NodeOf(entityKey))) {
             continue;
