@@ -85,8 +85,10 @@ ProcessIdentity CurrentProcessIdentity() {
 }
 
 const std::string& LocalHostId() {
-    static const std::string id = ReadHostId();
-    return id;
+    // Never destroyed: the plug-in sends its last reports while the process's statics are
+    // being destroyed, and the driver compares host ids then.
+    static const std::string* const id = new std::string(ReadHostId());
+    return *id;
 }
 
 std::optional<uint64_t> ProcessStartTicks(int32_t pid) {
