@@ -178,6 +178,30 @@ TEST_F(SystemTest, ReportsShowInOrxmaintSurviveAKilledDaemonAndEndWithTheirProce
     EXPECT_LT(std::chrono::steady_clock::now() - killed, 10s);
     EXPECT_EQ(fusion["offlineReason"], "process gone");
     EXPECT_TRUE(daemon_->WaitForText("Node offline[appName=fusion", 5s));
+
+    // Killed and started again while an application runs: the application's clean exit right
+    // after reaches the new daemon, although the killed one's offer is still listed.
+    const int radarPid = StartApp("radar").Pid();
+    auto radarEntry = [&](const Json& nodes) {
+        for (const Json& node : nodes) {
+            if (node["pid"] == radarPid) {
+                return node;
+            }
+        }
+        return Json();
+    };
+    ASSERT_FALSE(JsonUntil({"nodes", "--app", "radar"}, [&](const Json& nodes) {
+                     return radarEntry(nodes)["online"] == true;
+                 }).empty());
+    daemon_->Signal(SIGKILL);
+    ASSERT_EQ(daemon_->WaitForExit(10s), std::optional<int>(128 + SIGKILL));
+    StartDaemon(176, /*fresh=*/false);
+    apps_["radar"]->Signal(SIGTERM);
+    ASSERT_EQ(apps_["radar"]->WaitForExit(15s), std::optional<int>(0));
+    const Json after = JsonUntil({"nodes", "--app", "radar"}, [&](const Json& nodes) {
+        return radarEntry(nodes)["online"] == false;
+    });
+    EXPECT_EQ(radarEntry(after)["offlineReason"], "offline report") << after.dump();
 }
 
 TEST_F(SystemTest, LatencySwitchReachesTheApplicationsAndResultsComeBack) {
