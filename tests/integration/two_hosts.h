@@ -59,6 +59,7 @@ class TwoHosts {
         }
         createdB_ = true;
         const std::string veth = prefix.substr(0, 4) + std::to_string(getpid() % 100000);
+        linkA_ = veth + "a";
         const std::string steps[] = {
             "ip -n " + a_ + " link add " + veth + "a type veth peer name " + veth + "b netns " + b_,
             "ip -n " + a_ + " addr add " + addressA + "/24 dev " + veth + "a",
@@ -78,10 +79,15 @@ class TwoHosts {
 
     const std::string& A() const { return a_; }
     const std::string& B() const { return b_; }
+    // Cuts (false) or restores (true) the link between the hosts, at host A's end.
+    bool SetLinkUp(bool up) const {
+        return Shell("ip -n " + a_ + " link set " + linkA_ + (up ? " up" : " down")) == 0;
+    }
 
   private:
     std::string a_;
     std::string b_;
+    std::string linkA_;
     bool createdA_{false};
     bool createdB_{false};
 };

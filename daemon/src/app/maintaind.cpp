@@ -73,10 +73,15 @@ bool Maintaind::Start(std::string& error) {
                           << (settings_.dbPath.empty() ? "(memory)" : settings_.dbPath)
                           << ", nodes=" << nodes << ", entities=" << entities << "]";
 
-    pipeline_ = std::make_unique<IngestPipeline>(registry_, store_.get(), stats_);
+    auto driver = vorx::vcc::DriverRegistry::GetInstance()->GetDriver(settings_.binding);
+    peers_ = std::make_unique<PeerTracker>(
+        driver, registry_, [this](IngestItem item) { queue_->Push(std::move(item)); },
+        settings_.peerGrace, settings_.livenessPeriod);
+    pipeline_ = std::make_unique<IngestPipeline>(
+        registry_, store_.get(), stats_,
+        [this](const vorx::vcc::PeerKey& key) { return peers_->Resolve(key); });
     queue_ = std::make_unique<IngestQueue>(*pipeline_, settings_.queueCapacity, settings_.maxBatch);
 
-    auto driver = vorx::vcc::DriverRegistry::GetInstance()->GetDriver(settings_.binding);
     appServer_ = std::make_unique<MethodServer>(
         Service(settings_, service::kAppServiceId, std::string(service::kAppServicePath)), driver);
     toolsServer_ = std::make_unique<MethodServer>(
@@ -88,6 +93,8 @@ bool Maintaind::Start(std::string& error) {
         registry_,
         [this](const LatencySwitch& order) { return appService_->PublishLatencySwitch(order); },
         *queue_, stats_);
+    pipeline_->SetLatencyResender(
+        [this](const LatencySwitch& order) { switcher_->Republish(order); });
     DaemonInfo info;
     info.version = kVersion;
     info.dbPath = settings_.dbPath;
@@ -115,6 +122,7 @@ bool Maintaind::Start(std::string& error) {
         return false;
     }
     liveness_->Start();
+    peers_->Start();
     started_ = true;
     // Every method of the service's shared description must be served by one of the two sides.
     for (const service::MethodRow& row : service::kMethodTable) {
@@ -136,6 +144,7 @@ void Maintaind::Stop() {
     }
     started_ = false;
     liveness_->Stop();
+    peers_->Stop();
     appServer_->StopOffer();    // no RegisterApp handler runs after this
     toolsServer_->StopOffer();  // nor a tools handler
     toolsService_->Stop();      // answers the queries already posted

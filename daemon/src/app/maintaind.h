@@ -12,6 +12,7 @@
 #include "ingest/ingest_queue.h"
 #include "ingest/report_check.h"
 #include "liveness/liveness_monitor.h"
+#include "liveness/peer_tracker.h"
 #include "liveness/process_probe.h"
 #include "registry/limits.h"
 #include "registry/registry.h"
@@ -29,7 +30,10 @@ struct DaemonSettings {
     std::string dbPath;            // registry file; empty keeps the registry in memory only
     bool fresh = false;            // start with an empty registry
     std::string instanceId = "1";  // instance of both services
-    std::chrono::milliseconds livenessPeriod{2000};
+    std::chrono::milliseconds livenessPeriod{500};  // local /proc check, and the peer sweep
+    // After start, nodes of other hosts loaded from the file whose participant was not found in
+    // this long are taken offline ("lease expired"): discovery and one lease must fit in it.
+    std::chrono::milliseconds peerGrace{5000};
     vorx::vcc::api::types::DriverType binding = vorx::vcc::api::types::DriverType::DDS;
     RegistryLimits limits;
     RequestLimits requestLimits;
@@ -74,6 +78,7 @@ class Maintaind {
     std::unique_ptr<LatencySwitcher> switcher_;
     std::unique_ptr<ToolsService> toolsService_;
     std::unique_ptr<LivenessMonitor> liveness_;
+    std::unique_ptr<PeerTracker> peers_;
     bool started_{false};
 };
 

@@ -39,8 +39,9 @@ std::optional<CommandLine> ParseCommandLine(int argc, char** argv, int& exitCode
                        ? std::string()
                        : "unknown log level \"" + text + "\"";
         });
-    app.add_option("--liveness-period-ms", line.livenessPeriodMs,
-                   "How often processes of this host are checked for having gone, in ms")
+    app.add_option(
+           "--liveness-period-ms", line.livenessPeriodMs,
+           "How often processes of this host are checked for having gone, in ms; default 500")
         ->check(CLI::Range(100U, 60000U));
     try {
         app.parse(argc, argv);

@@ -13,7 +13,7 @@ struct CommandLine {
     bool fresh = false;      // --fresh
     std::string instanceId;  // --instance-id, else orx.json maintenance.instanceId, else "1"
     std::string logLevel;    // --log-level, "" when not given
-    uint32_t livenessPeriodMs = 2000;
+    uint32_t livenessPeriodMs = 500;
 };
 
 // Parses argv. Returns the command line, or std::nullopt with `exitCode` set when the process

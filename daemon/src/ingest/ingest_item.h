@@ -10,6 +10,7 @@
 #include "orx/maintaind/app.h"
 #include "registry/keys.h"
 #include "registry/registry_updater.h"
+#include "vorx/vcc/driver/driver.h"
 
 namespace orx::maintaind::daemon {
 
@@ -17,6 +18,14 @@ namespace orx::maintaind::daemon {
 struct NodeGone {
     NodeKey node;
     uint64_t startTicks{};
+};
+
+// A participant (driver peer) vanished, or came back; `peer` as hex (PeerHex).
+struct PeerLost {
+    String peer;
+};
+struct PeerAlive {
+    String peer;
 };
 
 struct IngestResult {
@@ -30,7 +39,9 @@ struct IngestResult {
 };
 
 struct IngestItem {
-    std::variant<AppRegisterInfo, NodeGone, LatencyRequest> work;
+    std::variant<AppRegisterInfo, NodeGone, LatencyRequest, PeerLost, PeerAlive> work;
+    // For a report: the process that sent it, as the driver named it (resolved on the worker).
+    vorx::vcc::PeerKey sender{};
     // Called once on the ingest worker after the batch was stored; may be empty.
     std::function<void(const IngestResult&)> done;
 };

@@ -8,17 +8,19 @@
 
 namespace orx::maintaind::daemon {
 
-IngestPipeline::IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats)
-    : registry_(registry), store_(store), stats_(stats) {}
+IngestPipeline::IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats,
+                               SenderResolver resolver)
+    : registry_(registry), store_(store), stats_(stats), resolver_(std::move(resolver)) {}
 
-IngestResult IngestPipeline::Apply(IngestItem& item, RegistryState& state,
-                                   const RegistryUpdater& updater, ChangeSet& changes) {
+IngestResult IngestPipeline::Apply(IngestItem& item, const ReportSender& sender,
+                                   RegistryState& state, const RegistryUpdater& updater,
+                                   ChangeSet& changes) {
     IngestResult result;
     std::visit(
         [&](const auto& work) {
             using Work = std::decay_t<decltype(work)>;
             if constexpr (std::is_same_v<Work, AppRegisterInfo>) {
-                const ApplyOutcome outcome = updater.ApplyReport(work, state, changes);
+                const ApplyOutcome outcome = updater.ApplyReport(work, sender, state, changes);
                 if (!outcome.accepted) {
                     result.status = IngestResult::Status::kRefused;
                     result.reason = outcome.reason;
@@ -29,6 +31,10 @@ IngestResult IngestPipeline::Apply(IngestItem& item, RegistryState& state,
                 }
             } else if constexpr (std::is_same_v<Work, NodeGone>) {
                 updater.ApplyNodeGone(work.node, work.startTicks, state, changes);
+            } else if constexpr (std::is_same_v<Work, PeerLost>) {
+                updater.ApplyPeerLost(work.peer, state, changes);
+            } else if constexpr (std::is_same_v<Work, PeerAlive>) {
+                updater.ApplyPeerAlive(work.peer, state, changes);
             } else {
                 updater.ApplyLatencyRequest(work, state, changes);
             }
@@ -40,11 +46,18 @@ IngestResult IngestPipeline::Apply(IngestItem& item, RegistryState& state,
 void IngestPipeline::Process(std::vector<IngestItem>& batch) {
     std::vector<IngestResult> results;
     results.reserve(batch.size());
+    // Senders are named before the lock is taken: the driver's peer table has its own lock.
+    std::vector<ReportSender> senders(batch.size());
+    for (size_t i = 0; i < batch.size(); ++i) {
+        if (resolver_ && std::holds_alternative<AppRegisterInfo>(batch[i].work)) {
+            senders[i] = resolver_(batch[i].sender);
+        }
+    }
     ChangeSet changes;
     StoreStatus saved;
     registry_.Write([&](RegistryState& state, const RegistryUpdater& updater) {
-        for (IngestItem& item : batch) {
-            results.push_back(Apply(item, state, updater, changes));
+        for (size_t i = 0; i < batch.size(); ++i) {
+            results.push_back(Apply(batch[i], senders[i], state, updater, changes));
         }
         if (store_ != nullptr) {
             // Saved under the lock so no query sees a state the file does not hold yet and
@@ -53,6 +66,7 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
             unsaved_ = ChangeSet{};
             toSave.Merge(changes);
             toSave.notices.clear();
+            toSave.latencyResend.clear();
             saved = store_->Save(state, toSave);
             if (!saved.ok) {
                 unsaved_ = std::move(toSave);
@@ -73,6 +87,14 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
                               << "]";
     }
     LogNotices(changes);
+    if (resend_ && saved.ok) {
+        for (const auto& [key, index] : changes.latencyResend) {
+            LatencySwitch order;
+            order.mode = LatencyMode::ENABLE;
+            order.latencyIndex = index;
+            resend_(order);
+        }
+    }
     for (size_t i = 0; i < batch.size(); ++i) {
         IngestResult& result = results[i];
         if (!saved.ok && result.status == IngestResult::Status::kAccepted) {
@@ -92,14 +114,18 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
 void IngestPipeline::LogNotices(const ChangeSet& changes) const {
     for (const NodeNotice& notice : changes.notices) {
         if (notice.online) {
-            DaemonLog().LogInfo() << "Node online[appName=" << notice.node.appName
-                                  << ", pid=" << notice.node.pid
-                                  << ", host=" << (notice.host.empty() ? "unknown" : notice.host)
-                                  << "]";
+            auto line = DaemonLog().LogInfo();
+            line << "Node online[appName=" << notice.node.appName << ", pid=" << notice.node.pid
+                 << ", host=" << (notice.host.empty() ? "unknown" : notice.host);
+            if (!notice.reason.empty()) {
+                line << ", reason=" << notice.reason;
+            }
+            line << "]";
         } else {
             DaemonLog().LogInfo() << "Node offline[appName=" << notice.node.appName
-                                  << ", pid=" << notice.node.pid << ", reason=" << notice.reason
-                                  << "]";
+                                  << ", pid=" << notice.node.pid
+                                  << ", host=" << (notice.host.empty() ? "unknown" : notice.host)
+                                  << ", reason=" << notice.reason << "]";
         }
     }
 }

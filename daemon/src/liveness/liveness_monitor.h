@@ -1,8 +1,7 @@
 // Finds processes on this host that ended without their offline report (crash, kill -9): every
 // period it checks each online local node's pid and start time, and reports the gone ones.
 //
-// Processes on other hosts cannot be checked from here; they stay as their last report left them
-// until they report offline.
+// Processes on other hosts are followed through their participants instead (peer_tracker.h).
 #pragma once
 
 #include <chrono>

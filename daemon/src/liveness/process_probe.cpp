@@ -13,9 +13,6 @@ namespace orx::maintaind::daemon {
 
 namespace {
 
-// The library name whose mapping marks a process as a reporter.
-constexpr const char* kPluginName = "orxcm_dfx";
-
 bool ReadFile(const std::string& path, std::string& out) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
@@ -74,14 +71,6 @@ std::optional<uint64_t> ProcProbe::StartTicks(int32_t pid) const {
         return std::nullopt;  // gone between the two looks
     }
     return ParseStartTicks(stat);
-}
-
-bool ProcProbe::MapsPlugin(int32_t pid) const {
-    std::string maps;
-    if (!ReadFile("/proc/" + std::to_string(pid) + "/maps", maps) || maps.empty()) {
-        return true;  // not readable for us: assume it is the process that reported
-    }
-    return maps.find(kPluginName) != std::string::npos;
 }
 
 std::string ProcProbe::HostName() const {

@@ -1,5 +1,5 @@
-// What this host can tell about a process id: whether it runs here, since when, and whether it
-// is one of ours (has the DFX plug-in mapped). Behind an interface so tests can script processes.
+// What this host can tell about a process id: whether it runs here and since when. Behind an
+// interface so tests can script processes.
 #pragma once
 
 #include <cstdint>
@@ -16,9 +16,6 @@ class ProcessProbe {
     // /proc/<pid>/stat); std::nullopt when no such process runs here. A pid that is reused gets
     // a new start time, which is how a recycled pid is told from the process first seen.
     virtual std::optional<uint64_t> StartTicks(int32_t pid) const = 0;
-    // True when process `pid` has the DFX plug-in mapped, or when its mappings cannot be read;
-    // false when it runs without the plug-in (so it is not the process that reported).
-    virtual bool MapsPlugin(int32_t pid) const = 0;
     // This host's name.
     virtual std::string HostName() const = 0;
 };
@@ -27,7 +24,6 @@ class ProcessProbe {
 class ProcProbe final : public ProcessProbe {
   public:
     std::optional<uint64_t> StartTicks(int32_t pid) const override;
-    bool MapsPlugin(int32_t pid) const override;
     std::string HostName() const override;
 };
 

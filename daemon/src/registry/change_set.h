@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include <map>
+
+#include "orx/maintaind/latency.h"
 #include "registry/keys.h"
 
 namespace orx::maintaind::daemon {
@@ -28,11 +31,14 @@ struct ChangeSet {
     std::set<LatencyHistoryKey> latencyResults;
     std::set<ListenerKey> sampleTimeouts;
     std::vector<NodeNotice> notices;
+    // Events whose analysis is on and that a process registered: the switch is published again
+    // once the batch is stored, so that processes started after it measure too.
+    std::map<LatencyKey, LatencyIndex> latencyResend;
 
     bool Empty() const {
         return nodes.empty() && events.empty() && methods.empty() && fields.empty() &&
                e2e.empty() && latencyStatuses.empty() && latencyResults.empty() &&
-               sampleTimeouts.empty() && notices.empty();
+               sampleTimeouts.empty() && notices.empty() && latencyResend.empty();
     }
 
     // Adds the keys and notices of `other`.
@@ -46,6 +52,7 @@ struct ChangeSet {
         latencyResults.insert(other.latencyResults.begin(), other.latencyResults.end());
         sampleTimeouts.insert(other.sampleTimeouts.begin(), other.sampleTimeouts.end());
         notices.insert(notices.end(), other.notices.begin(), other.notices.end());
+        latencyResend.insert(other.latencyResend.begin(), other.latencyResend.end());
     }
 };
 

@@ -101,19 +101,22 @@ tools::FieldEntry MakeFieldEntry(const FieldRegisterInfo& record, bool isPub) {
     return entry;
 }
 
-EntityKey KeyOf(const tools::EventEntry& entry) {
-    return EntityKey{entry.appName, entry.pid,          entry.serviceName, entry.eventName,
-                     entry.isPub,   entry.instanceName, entry.serviceId,   entry.instanceId};
+EntityKey KeyOf(const tools::EventEntry& entry, const String& host) {
+    return EntityKey{entry.appName,      entry.pid,       host,
+                     entry.serviceName,  entry.eventName, entry.isPub,
+                     entry.instanceName, entry.serviceId, entry.instanceId};
 }
 
-EntityKey KeyOf(const tools::MethodEntry& entry) {
-    return EntityKey{entry.appName, entry.pid,          entry.serviceName, entry.methodName,
-                     entry.isPub,   entry.instanceName, entry.serviceId,   entry.instanceId};
+EntityKey KeyOf(const tools::MethodEntry& entry, const String& host) {
+    return EntityKey{entry.appName,      entry.pid,        host,
+                     entry.serviceName,  entry.methodName, entry.isPub,
+                     entry.instanceName, entry.serviceId,  entry.instanceId};
 }
 
-EntityKey KeyOf(const tools::FieldEntry& entry) {
-    return EntityKey{entry.appName, entry.pid,          entry.serviceName, entry.fieldName,
-                     entry.isPub,   entry.instanceName, entry.serviceId,   entry.instanceId};
+EntityKey KeyOf(const tools::FieldEntry& entry, const String& host) {
+    return EntityKey{entry.appName,      entry.pid,       host,
+                     entry.serviceName,  entry.fieldName, entry.isPub,
+                     entry.instanceName, entry.serviceId, entry.instanceId};
 }
 
 LatencyKey LatencyKeyOf(const tools::EventEntry& entry) {

@@ -17,9 +17,10 @@ tools::EventEntry MakeEventEntry(const EventRegisterInfo& record, bool isPub);
 tools::MethodEntry MakeMethodEntry(const MethodRegisterInfo& record, bool isPub);
 tools::FieldEntry MakeFieldEntry(const FieldRegisterInfo& record, bool isPub);
 
-EntityKey KeyOf(const tools::EventEntry& entry);
-EntityKey KeyOf(const tools::MethodEntry& entry);
-EntityKey KeyOf(const tools::FieldEntry& entry);
+// The key of an entity reported by the process on `host`.
+EntityKey KeyOf(const tools::EventEntry& entry, const String& host);
+EntityKey KeyOf(const tools::MethodEntry& entry, const String& host);
+EntityKey KeyOf(const tools::FieldEntry& entry, const String& host);
 
 // How latency switches and reports address this event (see LatencyKey).
 LatencyKey LatencyKeyOf(const tools::EventEntry& entry);

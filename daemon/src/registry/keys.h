@@ -14,12 +14,14 @@ namespace orx::maintaind::daemon {
         return lhs.Members() < rhs.Members();                 \
     }
 
-// One application process. The pid alone is not enough: the daemon may hear of several hosts.
+// One application process: its name, pid and host. Pids collide across hosts all the time, so the
+// host (as the process's own DDS participant names it) is part of the key; "" when not known.
 struct NodeKey {
     String appName;
     int32_t pid{};
+    String host;
 
-    ORX_MAINTAIND_RECORD(NodeKey, appName, pid)
+    ORX_MAINTAIND_RECORD(NodeKey, appName, pid, host)
     ORX_MAINTAIND_ORDERED(NodeKey)
 };
 
@@ -28,6 +30,7 @@ struct NodeKey {
 struct EntityKey {
     String appName;
     int32_t pid{};
+    String host;
     String serviceName;
     String name;
     bool isPub{};
@@ -35,8 +38,8 @@ struct EntityKey {
     uint16_t serviceId{};
     uint16_t instanceId{};
 
-    ORX_MAINTAIND_RECORD(EntityKey, appName, pid, serviceName, name, isPub, instanceName, serviceId,
-                         instanceId)
+    ORX_MAINTAIND_RECORD(EntityKey, appName, pid, host, serviceName, name, isPub, instanceName,
+                         serviceId, instanceId)
     ORX_MAINTAIND_ORDERED(EntityKey)
 };
 

@@ -6,11 +6,16 @@ EntityKey FirstEntityKeyOf(const NodeKey& node) {
     EntityKey key;
     key.appName = node.appName;
     key.pid = node.pid;
+    key.host = node.host;
     return key;  // the other members are at their smallest values
 }
 
 bool BelongsTo(const EntityKey& key, const NodeKey& node) {
-    return key.appName == node.appName && key.pid == node.pid;
+    return key.appName == node.appName && key.pid == node.pid && key.host == node.host;
+}
+
+NodeKey NodeOf(const EntityKey& key) {
+    return NodeKey{key.appName, key.pid, key.host};
 }
 
 bool IsNodeOnline(const RegistryState& state, const NodeKey& node) {
@@ -23,7 +28,7 @@ namespace {
 template <class Map, class Member>
 void CountInto(RegistryState& state, const Map& entities, Member member) {
     for (const auto& [key, entry] : entities) {
-        auto node = state.nodes.find(NodeKey{key.appName, key.pid});
+        auto node = state.nodes.find(NodeOf(key));
         if (node != state.nodes.end()) {
             ++(node->second.entry.*member);
         }

@@ -13,14 +13,22 @@
 
 namespace orx::maintaind::daemon {
 
-// A process, with what the liveness check needs beyond what tools see.
+// A process, with what the liveness checks need beyond what tools see.
 struct NodeState {
     tools::NodeEntry entry;
-    bool local{};  // the process runs on this host (its pid is watched)
-    uint64_t
-        startTicks{};  // its start time in clock ticks after boot (/proc/<pid>/stat), 0 unknown
+    // The DDS participant (driver peer) that carried the process's reports, as hex; "" unknown.
+    // Its loss takes the node offline ("lease expired"), its return brings it back.
+    String peer;
+    String hostId;  // the peer's host id (vorx::vcc::ProcessIdentity::hostId)
+    bool local{};   // the peer runs on the daemon's host: its pid is checked through /proc
+    // The process's start time in clock ticks after boot, as its peer gave it; 0 unknown.
+    uint64_t startTicks{};
+    // A later run of the same application on the same host was counted as its restart.
+    bool succeeded{};
+    // This run was counted as the restart of an earlier one.
+    bool succeeds{};
 
-    ORX_MAINTAIND_RECORD(NodeState, entry, local, startTicks)
+    ORX_MAINTAIND_RECORD(NodeState, entry, peer, hostId, local, startTicks, succeeded, succeeds)
 };
 
 // The E2E configurations one process reported, merged over its reports.
@@ -53,6 +61,8 @@ struct RegistryState {
 // The first entity key of a node in an entity map (its entities follow in order).
 EntityKey FirstEntityKeyOf(const NodeKey& node);
 bool BelongsTo(const EntityKey& key, const NodeKey& node);
+// The node an entity belongs to.
+NodeKey NodeOf(const EntityKey& key);
 
 // True when the node is known and online.
 bool IsNodeOnline(const RegistryState& state, const NodeKey& node);

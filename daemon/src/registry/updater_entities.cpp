@@ -1,6 +1,7 @@
 // Events, methods, fields and E2E configurations: one entry per process, side and entity, the
 // newest report of it winning.
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "registry/entry_builder.h"
@@ -26,12 +27,13 @@ size_t EntityCountOf(const RegistryState& state, const NodeKey& key) {
 }  // namespace
 
 template <class Entry>
-ApplyOutcome RegistryUpdater::StoreEntity(Entry entry, std::map<EntityKey, Entry>& entities,
+ApplyOutcome RegistryUpdater::StoreEntity(Entry entry, const ReportSender& sender,
+                                          std::map<EntityKey, Entry>& entities,
                                           uint32_t tools::NodeEntry::*count,
                                           std::set<EntityKey>& changed, RegistryState& state,
                                           ChangeSet& changes) const {
-    const EntityKey key = KeyOf(entry);
-    const NodeKey nodeKey{key.appName, key.pid};
+    const EntityKey key = KeyOf(entry, sender.host);
+    const NodeKey nodeKey = NodeOf(key);
     auto existing = entities.find(key);
     if (existing == entities.end()) {
         if (EntityCount(state) >= limits_.maxEntities) {
@@ -45,8 +47,8 @@ ApplyOutcome RegistryUpdater::StoreEntity(Entry entry, std::map<EntityKey, Entry
     }
     std::string refusal;
     NodeState* node =
-        TouchNode(nodeKey, entry.online ? NodeReport::kOnline : NodeReport::kWithdrawal, state,
-                  changes, refusal);
+        TouchNode(nodeKey, sender, entry.online ? NodeReport::kOnline : NodeReport::kWithdrawal,
+                  state, changes, refusal);
     if (node == nullptr) {
         return ApplyOutcome::Refused(refusal);
     }
@@ -61,24 +63,33 @@ ApplyOutcome RegistryUpdater::StoreEntity(Entry entry, std::map<EntityKey, Entry
         existing->second = std::move(entry);
     }
     changed.insert(key);
+    if constexpr (std::is_same_v<Entry, tools::EventEntry>) {
+        const tools::EventEntry& event = entities.at(key);
+        auto status = state.latencyStatuses.find(LatencyKeyOf(event));
+        if (event.online && status != state.latencyStatuses.end() && status->second.requested &&
+            status->second.requestedMode == LatencyMode::ENABLE) {
+            changes.latencyResend[status->first] = status->second.latencyIndex;
+        }
+    }
     return {};
 }
 
-ApplyOutcome RegistryUpdater::ApplyEvent(const AppRegisterInfo& report, RegistryState& state,
-                                         ChangeSet& changes) const {
-    return StoreEntity(MakeEventEntry(report.eventRegisterInfo, report.isPub), state.events,
+ApplyOutcome RegistryUpdater::ApplyEvent(const AppRegisterInfo& report, const ReportSender& sender,
+                                         RegistryState& state, ChangeSet& changes) const {
+    return StoreEntity(MakeEventEntry(report.eventRegisterInfo, report.isPub), sender, state.events,
                        &tools::NodeEntry::eventCount, changes.events, state, changes);
 }
 
-ApplyOutcome RegistryUpdater::ApplyMethod(const AppRegisterInfo& report, RegistryState& state,
-                                          ChangeSet& changes) const {
-    return StoreEntity(MakeMethodEntry(report.methodRegisterInfo, report.isPub), state.methods,
-                       &tools::NodeEntry::methodCount, changes.methods, state, changes);
+ApplyOutcome RegistryUpdater::ApplyMethod(const AppRegisterInfo& report, const ReportSender& sender,
+                                          RegistryState& state, ChangeSet& changes) const {
+    return StoreEntity(MakeMethodEntry(report.methodRegisterInfo, report.isPub), sender,
+                       state.methods, &tools::NodeEntry::methodCount, changes.methods, state,
+                       changes);
 }
 
-ApplyOutcome RegistryUpdater::ApplyField(const AppRegisterInfo& report, RegistryState& state,
-                                         ChangeSet& changes) const {
-    return StoreEntity(MakeFieldEntry(report.fieldRegisterInfo, report.isPub), state.fields,
+ApplyOutcome RegistryUpdater::ApplyField(const AppRegisterInfo& report, const ReportSender& sender,
+                                         RegistryState& state, ChangeSet& changes) const {
+    return StoreEntity(MakeFieldEntry(report.fieldRegisterInfo, report.isPub), sender, state.fields,
                        &tools::NodeEntry::fieldCount, changes.fields, state, changes);
 }
 
@@ -93,9 +104,10 @@ auto E2EIdentity(const tools::E2EEntry& entry) {
 
 }  // namespace
 
-ApplyOutcome RegistryUpdater::ApplyE2E(const NodeCommonRegisterInfo& report, RegistryState& state,
+ApplyOutcome RegistryUpdater::ApplyE2E(const NodeCommonRegisterInfo& report,
+                                       const ReportSender& sender, RegistryState& state,
                                        ChangeSet& changes) const {
-    const NodeKey key{report.appName, report.pid};
+    const NodeKey key{report.appName, report.pid, sender.host};
     const uint64_t now = clock_();
     std::vector<tools::E2EEntry> merged;
     auto current = state.e2e.find(key);
@@ -129,7 +141,7 @@ ApplyOutcome RegistryUpdater::ApplyE2E(const NodeCommonRegisterInfo& report, Reg
                                      std::to_string(limits_.maxE2EConfigsPerNode) + ")");
     }
     std::string refusal;
-    if (TouchNode(key, NodeReport::kOnline, state, changes, refusal) == nullptr) {
+    if (TouchNode(key, sender, NodeReport::kOnline, state, changes, refusal) == nullptr) {
         return ApplyOutcome::Refused(refusal);
     }
     state.e2e[key].configs = std::move(merged);

@@ -37,6 +37,24 @@ void EvictIdlest(Map& map, Activity activity, std::set<typename Map::key_type>& 
     }
 }
 
+// The pid of the process that acknowledged: the sender's when it is a node of that application,
+// else that of the one online node of the application on the sender's host.
+int32_t AckingPid(const RegistryState& state, const String& appName, const ReportSender& sender) {
+    if (state.nodes.count(NodeKey{appName, sender.pid, sender.host}) > 0) {
+        return sender.pid;
+    }
+    int32_t only = 0;
+    for (const auto& [key, node] : state.nodes) {
+        if (key.appName == appName && key.host == sender.host && node.entry.online) {
+            if (only != 0) {
+                return sender.pid;
+            }
+            only = key.pid;
+        }
+    }
+    return only != 0 ? only : sender.pid;
+}
+
 uint64_t StatusActivity(const tools::LatencyStatusEntry& status) {
     uint64_t newest = status.requestedAt;
     for (const tools::LatencyAckEntry& ack : status.acks) {
@@ -112,8 +130,8 @@ tools::LatencyStatusEntry& RegistryUpdater::StatusOf(const LatencyKey& key, Regi
     return it->second;
 }
 
-ApplyOutcome RegistryUpdater::ApplyLatency(const LatencyInfo& info, RegistryState& state,
-                                           ChangeSet& changes) const {
+ApplyOutcome RegistryUpdater::ApplyLatency(const LatencyInfo& info, const ReportSender& sender,
+                                           RegistryState& state, ChangeSet& changes) const {
     const LatencyKey key = CanonicalLatencyKey(state, info.latencyIndex);
     const uint64_t now = clock_();
     if (info.type == kLatencyAck) {
@@ -121,12 +139,18 @@ ApplyOutcome RegistryUpdater::ApplyLatency(const LatencyInfo& info, RegistryStat
         if (!status.requested) {
             status.latencyIndex = info.latencyIndex;
         }
-        auto ack = std::find_if(
-            status.acks.begin(), status.acks.end(),
-            [&](const tools::LatencyAckEntry& known) { return known.appName == info.appName; });
+        // Kept per process: a restarted application must acknowledge again.
+        const int32_t pid = AckingPid(state, info.appName, sender);
+        auto ack = std::find_if(status.acks.begin(), status.acks.end(),
+                                [&](const tools::LatencyAckEntry& known) {
+                                    return known.appName == info.appName && known.pid == pid &&
+                                           known.host == sender.host;
+                                });
         if (ack == status.acks.end()) {
             ack = status.acks.insert(status.acks.end(), tools::LatencyAckEntry{});
             ack->appName = info.appName;
+            ack->pid = pid;
+            ack->host = sender.host;
         }
         ack->mode = info.ackInfo.mode;
         ack->isPubMatched = info.ackInfo.isPubMatched;

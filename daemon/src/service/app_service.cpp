@@ -53,6 +53,7 @@ void AppService::OnRegisterApp(const vorx::vcc::MethodCall& call,
     }
     IngestItem item;
     item.work = std::move(report);
+    item.sender = call.sender;
     item.done = [responder](const IngestResult& result) {
         switch (result.status) {
             case IngestResult::Status::kAccepted:

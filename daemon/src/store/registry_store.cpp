@@ -13,7 +13,7 @@ namespace orx::maintaind::daemon {
 
 namespace {
 
-constexpr int kSchemaVersion = 2;
+constexpr int kSchemaVersion = 3;
 
 // mkdir -p of the directory part of `path`.
 StoreStatus MakeParentDirectories(const std::string& path) {

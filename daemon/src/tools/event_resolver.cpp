@@ -51,8 +51,7 @@ ResolvedEvent ResolveEvent(const RegistryState& state, const String& name,
     std::map<LatencyKey, std::vector<const std::pair<const EntityKey, tools::EventEntry>*>> groups;
     for (Match match : {ByFullName, ByLastComponent, ByTopic}) {
         for (const auto& item : state.events) {
-            const bool online = item.second.online &&
-                                IsNodeOnline(state, NodeKey{item.first.appName, item.first.pid});
+            const bool online = item.second.online && IsNodeOnline(state, NodeOf(item.first));
             if (match(item.second, name) && Matches(scope, item.second, online)) {
                 groups[LatencyKeyOf(item.second)].push_back(&item);
             }

@@ -23,6 +23,22 @@ LatencySwitcher::LatencySwitcher(const Registry& registry, Publisher publish, In
                                  DaemonStats& stats)
     : registry_(registry), publish_(std::move(publish)), queue_(queue), stats_(stats) {}
 
+void LatencySwitcher::Republish(const LatencySwitch& order) {
+    if (!publish_ || !publish_(order)) {
+        DaemonLog().LogWarn(Limit("Maintaind_SwitchNotPublished"))
+            << "[Maintaind][Latency switch not published again][topicName="
+            << order.latencyIndex.eventName << ", eventId=" << order.latencyIndex.eventId << "]";
+        return;
+    }
+    DaemonStats::Add(stats_.latencySwitches);
+    DaemonLog().LogInfo() << "Latency switch published again[mode=enable, serviceId="
+                          << order.latencyIndex.serviceId
+                          << ", instanceId=" << order.latencyIndex.instanceId
+                          << ", topicName=" << order.latencyIndex.eventName
+                          << ", eventId=" << order.latencyIndex.eventId
+                          << ", bindings=" << BindingList(order.latencyIndex) << "]";
+}
+
 tools::LatencySwitchReply LatencySwitcher::Switch(const tools::LatencySwitchRequest& request) {
     tools::LatencySwitchReply reply;
     if (request.mode != LatencyMode::ENABLE && request.mode != LatencyMode::DISABLE) {

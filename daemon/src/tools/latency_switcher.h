@@ -26,6 +26,9 @@ class LatencySwitcher {
     // AMBIGUOUS_EVENT when the name does not resolve; NOT_DELIVERED when publishing failed.
     // Logs one info line per published switch. Any thread.
     tools::LatencySwitchReply Switch(const tools::LatencySwitchRequest& request);
+    // Publishes an order given before again, for processes that registered the event since.
+    // Logs one info line. Any thread.
+    void Republish(const LatencySwitch& order);
 
   private:
     const Registry& registry_;

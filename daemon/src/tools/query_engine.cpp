@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "registry/entry_builder.h"
 #include "tools/filter_match.h"
 
 namespace orx::maintaind::daemon {
@@ -56,7 +57,7 @@ void SelectEntities(const RegistryState& state, const std::map<EntityKey, Entry>
     bool first = true;
     for (const auto& [key, entry] : entities) {
         if (first || key.appName != lastNode.appName || key.pid != lastNode.pid) {
-            lastNode = NodeKey{key.appName, key.pid};
+            lastNode = NodeOf(key);
             lastOnline = IsNodeOnline(state, lastNode);
             first = false;
         }
@@ -149,11 +150,38 @@ tools::LatencyStatusListReply QueryEngine::LatencyStatuses(const RegistryState& 
     const uint32_t cap = Cap(filter);
     for (const auto& [key, status] : state.latencyStatuses) {
         if (Matches(filter, status)) {
-            Keep(tools::LatencyStatusEntry(status), reply.statuses, cap, reply.total,
-                 reply.truncated);
+            tools::LatencyStatusEntry entry(status);
+            if (entry.requested) {
+                entry.unacknowledged = Unacknowledged(state, key, status);
+            }
+            Keep(std::move(entry), reply.statuses, cap, reply.total, reply.truncated);
         }
     }
     return reply;
+}
+
+std::vector<String> QueryEngine::Unacknowledged(const RegistryState& state, const LatencyKey& key,
+                                                const tools::LatencyStatusEntry& status) {
+    std::set<String> waiting;
+    for (const auto& item : state.events) {
+        const EntityKey& entityKey = item.first;  // a plain reference: lambdas capture it
+        const tools::EventEntry& event = item.second;
+        if (!event.online || LatencyKeyOf(event) != key ||
+            !IsNodeOnline(state, NodeOf(entityKey))) {
+            continue;
+        }
+        const bool acked = std::any_of(
+            status.acks.begin(), status.acks.end(), [&](const tools::LatencyAckEntry& ack) {
+                return ack.appName == entityKey.appName && ack.pid == entityKey.pid &&
+                       ack.host == entityKey.host && ack.ackedAt >= status.requestedAt &&
+                       ack.mode == status.requestedMode;
+            });
+        if (!acked) {
+            waiting.insert(entityKey.appName + "/" + std::to_string(entityKey.pid) + "@" +
+                           (entityKey.host.empty() ? "?" : entityKey.host));
+        }
+    }
+    return {waiting.begin(), waiting.end()};
 }
 
 tools::LatencyResultListReply QueryEngine::LatencyResults(const RegistryState& state,

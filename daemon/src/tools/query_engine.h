@@ -44,6 +44,10 @@ class QueryEngine {
 
   private:
     uint32_t Cap(const tools::QueryFilter& filter) const;
+    // Online processes with the event that have not acknowledged the order of `status` since
+    // it was given, as "app/pid@host".
+    static std::vector<String> Unacknowledged(const RegistryState& state, const LatencyKey& key,
+                                              const tools::LatencyStatusEntry& status);
 
     const uint32_t entryCap_;
 };

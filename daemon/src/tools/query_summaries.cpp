@@ -179,7 +179,7 @@ tools::EventShowReply QueryEngine::EventShow(const RegistryState& state,
     }
     for (const EntityKey& key : resolved.registrations) {
         tools::EventEntry entry = state.events.at(key);
-        entry.online = entry.online && IsNodeOnline(state, NodeKey{key.appName, key.pid});
+        entry.online = entry.online && IsNodeOnline(state, NodeOf(key));
         reply.events.push_back(std::move(entry));
     }
     auto status = state.latencyStatuses.find(resolved.key);

@@ -65,7 +65,7 @@ class SystemTest : public ::testing::Test {
         std::map<std::string, std::string> env = {{"ORX_DDS_DOMAIN", domain_},
                                                   {"ORX_DFX_PLUGIN", ORX_TEST_PLUGIN_PATH}};
         if (!config.empty()) {
-            env["ORX_CONFIG"] = std::string(ORX_EXAMPLES_DIR) + "/" + config + "/orx.json";
+            env["ORX_CONFIG"] = std::string(ORX_TEST_EXAMPLES_DIR) + "/" + config + "/orx.json";
         }
         apps_[name] = std::make_unique<ChildProcess>(
             ChildProcess::Options{{kBin + "/orx-demo", role}, env, "", name});
@@ -182,6 +182,30 @@ TEST_F(SystemTest, ReportsShowInOrxmaintSurviveAKilledDaemonAndEndWithTheirProce
     EXPECT_LT(std::chrono::steady_clock::now() - killed, 10s);
     EXPECT_EQ(fusion["offlineReason"], "process gone");
     EXPECT_TRUE(daemon_->WaitForText("Node offline[appName=fusion", 5s));
+
+    // Killed and started again while an application runs: the application's clean exit right
+    // after reaches the new daemon, although the killed one's offer is still listed.
+    const int radarPid = StartApp("radar").Pid();
+    auto radarEntry = [&](const Json& nodes) {
+        for (const Json& node : nodes) {
+            if (node["pid"] == radarPid) {
+                return node;
+            }
+        }
+        return Json();
+    };
+    ASSERT_FALSE(JsonUntil({"nodes", "--app", "radar"}, [&](const Json& nodes) {
+                     return radarEntry(nodes)["online"] == true;
+                 }).empty());
+    daemon_->Signal(SIGKILL);
+    ASSERT_EQ(daemon_->WaitForExit(10s), std::optional<int>(128 + SIGKILL));
+    StartDaemon(176, /*fresh=*/false);
+    apps_["radar"]->Signal(SIGTERM);
+    ASSERT_EQ(apps_["radar"]->WaitForExit(15s), std::optional<int>(0));
+    const Json after = JsonUntil({"nodes", "--app", "radar"}, [&](const Json& nodes) {
+        return radarEntry(nodes)["online"] == false;
+    });
+    EXPECT_EQ(radarEntry(after)["offlineReason"], "offline report") << after.dump();
 }
 
 TEST_F(SystemTest, LatencySwitchReachesTheApplicationsAndResultsComeBack) {
@@ -211,6 +235,27 @@ TEST_F(SystemTest, LatencySwitchReachesTheApplicationsAndResultsComeBack) {
     });
     ASSERT_FALSE(results.empty());
     EXPECT_EQ(results[0]["latencyIndex"]["eventName"], "RadarObjectList");
+
+    // A subscriber started after the order measures too, and acknowledges as its own process.
+    apps_["fusion"]->Signal(SIGTERM);
+    ASSERT_EQ(apps_["fusion"]->WaitForExit(15s), std::optional<int>(0));
+    const auto restartedAt = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                 std::chrono::system_clock::now().time_since_epoch())
+                                 .count();
+    const int fusionPid = StartApp("fusion").Pid();
+    EXPECT_TRUE(daemon_->WaitForText("Latency switch published again[mode=enable", 20s));
+    const Json acked = JsonUntil({"latency", "status"}, [&](const Json& list) {
+        return list.size() == 1 && list[0]["unacknowledged"].empty() &&
+               list[0]["acks"].dump().find("\"pid\":" + std::to_string(fusionPid)) !=
+                   std::string::npos;
+    });
+    EXPECT_TRUE(acked.size() == 1 && acked[0]["unacknowledged"].empty()) << acked.dump();
+    const Json later = JsonUntil({"latency", "results"}, [&](const Json& list) {
+        return !list.empty() && list[0]["appName"] == "fusion" &&
+               list[0]["receivedAt"].get<int64_t>() > restartedAt;
+    });
+    ASSERT_FALSE(later.empty());
+    EXPECT_GT(later[0]["receivedAt"].get<int64_t>(), restartedAt) << later.dump();
 
     // An unknown name is refused with the name, exit code 1.
     const RunResult unknown = Orxmaint({"latency", "enable", "NoSuchEvent"});

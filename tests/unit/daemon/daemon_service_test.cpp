@@ -7,6 +7,7 @@
 #include "orx/maintaind/json.h"
 #include "vorx/serialize/cdr.h"
 #include "vorx/vcc/driver/fault_injecting_driver.h"
+#include "vorx/vcc/process_identity.h"
 
 namespace orx::maintaind::daemon::test {
 namespace {
@@ -64,7 +65,9 @@ TEST_F(DaemonServiceTest, EveryKindOfReportIsStoredAndListed) {
     ASSERT_EQ(all.code, 0);
     ASSERT_EQ(all.nodes.size(), 2U);
     EXPECT_EQ(all.nodes[0].appName, "hud");
-    EXPECT_EQ(all.nodes[1].host, "testhost");
+    // The in-process driver names this test's process as the sender of every request.
+    const std::string host = vorx::vcc::CurrentProcessIdentity().hostName;
+    EXPECT_EQ(all.nodes[1].host, host);
     EXPECT_EQ(all.nodes[1].eventCount, 1U);
     ASSERT_EQ(all.events.size(), 2U);
     EXPECT_EQ(all.events[1].record, reports[1].eventRegisterInfo);
@@ -94,9 +97,9 @@ TEST_F(DaemonServiceTest, EveryKindOfReportIsStoredAndListed) {
     EXPECT_EQ(status.counters.requests, reports.size());
     EXPECT_EQ(status.onlineNodeCount, 2U);
     EXPECT_EQ(status.dbPath, dir_.File("registry.db"));
-    EXPECT_EQ(
-        Log().CountContaining(Level::kInfo, "Node online[appName=radar, pid=100, host=testhost]"),
-        1U);
+    EXPECT_EQ(Log().CountContaining(Level::kInfo,
+                                    "Node online[appName=radar, pid=100, host=" + host + "]"),
+              1U);
     EXPECT_EQ(Log().CountContaining(Level::kError, "not served"), 0U)
         << "every method of the service's table has a handler";
 }
@@ -206,6 +209,61 @@ TEST_F(DaemonServiceTest, ManyClientsAtOnceAreAllStored) {
     EXPECT_EQ(accepted.load(), kClients * kReports);
     const auto events = Events();
     EXPECT_EQ(events.total, static_cast<uint32_t>(kClients * kReports));
+}
+
+}  // namespace
+}  // namespace orx::maintaind::daemon::test
+
+namespace orx::maintaind::daemon::test {
+namespace {
+
+// Processes of another host, stood in for by the fault-injecting driver's peers.
+TEST_F(DaemonServiceTest, NodesOfAnotherHostFollowTheirParticipants) {
+    StartDaemon();
+    auto peer = [](uint8_t id, int32_t pid) {
+        vorx::vcc::PeerInfo info;
+        info.key[0] = id;
+        info.process.hostName = "ecu2";
+        info.process.hostId = "ecu2-boot";
+        info.process.pid = pid;
+        info.process.startTicks = 10U * id;
+        return info;
+    };
+    std::atomic<uint8_t> sender{1};
+    faults_->SetRequestRewriter(
+        [&sender](vorx::vcc::MethodCall& call) { call.sender = {sender.load()}; });
+    faults_->AddPeer(peer(1, 100));
+    ASSERT_EQ(Register(NodeReport("radar", 100, true)), std::optional<uint8_t>(0));
+    auto radar = [this](int32_t pid) {
+        tools::QueryFilter filter;
+        filter.pid = pid;
+        const auto nodes = Nodes(filter).nodes;
+        return nodes.empty() ? tools::NodeEntry{} : nodes[0];
+    };
+    EXPECT_EQ(radar(100).host, "ecu2");
+    EXPECT_EQ(daemon_->CheckLivenessNow(), 0U) << "not a process of this host";
+
+    faults_->LosePeer(peer(1, 100).key);
+    EXPECT_TRUE(WaitFor([&] { return radar(100).offlineReason == "lease expired"; }));
+    faults_->AddPeer(peer(1, 100));
+    EXPECT_TRUE(WaitFor([&] { return radar(100).online; }));
+    EXPECT_EQ(
+        Log().CountContaining(Level::kInfo,
+                              "Node online[appName=radar, pid=100, host=ecu2, reason=reconnected]"),
+        1U);
+
+    // Crashed; the new run is counted, and the count survives a restart of the daemon.
+    faults_->LosePeer(peer(1, 100).key);
+    EXPECT_TRUE(WaitFor([&] { return !radar(100).online; }));
+    faults_->AddPeer(peer(2, 101));
+    sender = 2;
+    ASSERT_EQ(Register(NodeReport("radar", 101, true)), std::optional<uint8_t>(0));
+    EXPECT_EQ(radar(101).restarts, 1U);
+    StartDaemon();
+    EXPECT_EQ(radar(101).restarts, 1U);
+    EXPECT_TRUE(radar(101).online);
+    ASSERT_EQ(Register(NodeReport("radar", 101, false)), std::optional<uint8_t>(0));
+    EXPECT_EQ(radar(101).offlineReason, "offline report");
 }
 
 }  // namespace

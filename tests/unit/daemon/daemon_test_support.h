@@ -19,6 +19,8 @@
 #include "orx/maintaind/json.h"
 #include "orx/test/temp_dir.h"
 #include "orx/test/wait.h"
+#include "registry/keys.h"
+#include "registry/report_sender.h"
 #include "registry/wall_clock.h"
 
 // Records print as JSON in failure messages, for the record types of each namespace.
@@ -42,9 +44,9 @@ namespace orx::maintaind::daemon::test {
 // Processes as the test says they are. Unknown pids do not run here.
 class FakeProbe final : public ProcessProbe {
   public:
-    void Run(int32_t pid, uint64_t startTicks, bool mapsPlugin = true) {
+    void Run(int32_t pid, uint64_t startTicks) {
         std::lock_guard<std::mutex> lock(mutex_);
-        processes_[pid] = {startTicks, mapsPlugin};
+        processes_[pid] = startTicks;
     }
     void End(int32_t pid) {
         std::lock_guard<std::mutex> lock(mutex_);
@@ -53,19 +55,31 @@ class FakeProbe final : public ProcessProbe {
     std::optional<uint64_t> StartTicks(int32_t pid) const override {
         std::lock_guard<std::mutex> lock(mutex_);
         auto it = processes_.find(pid);
-        return it == processes_.end() ? std::nullopt : std::optional<uint64_t>(it->second.first);
-    }
-    bool MapsPlugin(int32_t pid) const override {
-        std::lock_guard<std::mutex> lock(mutex_);
-        auto it = processes_.find(pid);
-        return it != processes_.end() && it->second.second;
+        return it == processes_.end() ? std::nullopt : std::optional<uint64_t>(it->second);
     }
     std::string HostName() const override { return "testhost"; }
 
   private:
     mutable std::mutex mutex_;
-    std::map<int32_t, std::pair<uint64_t, bool>> processes_;
+    std::map<int32_t, uint64_t> processes_;
 };
+
+inline NodeKey Key(const std::string& app, int32_t pid, const std::string& host = "") {
+    return NodeKey{app, pid, host};
+}
+
+// The process `pid` of `host` as the transport names it; local means the daemon's own host.
+inline ReportSender Sender(const std::string& peer, const std::string& host, int32_t pid,
+                           uint64_t startTicks, bool local) {
+    ReportSender sender;
+    sender.peer = peer;
+    sender.host = host;
+    sender.hostId = host + "-id";
+    sender.local = local;
+    sender.pid = pid;
+    sender.startTicks = startTicks;
+    return sender;
+}
 
 // A wall clock the test moves.
 struct ManualClock {

@@ -2,6 +2,7 @@
 
 #include "daemon_fixture.h"
 #include "orx/maintaind/service.h"
+#include "vorx/vcc/process_identity.h"
 
 namespace orx::maintaind::daemon::test {
 namespace {
@@ -109,7 +110,9 @@ TEST_F(LatencySwitchTest, NamedEventIsSwitchedWithItsBindingsAndRecorded) {
     EXPECT_TRUE(status.enabled);
     ASSERT_EQ(status.acks.size(), 1U);
     EXPECT_EQ(status.acks[0].appName, "hud");
-
+    EXPECT_EQ(status.acks[0].pid, 2);
+    const std::string host = vorx::vcc::CurrentProcessIdentity().hostName;
+    EXPECT_EQ(status.unacknowledged, std::vector<String>{"radar/1@" + host});
     // QueryEventShow names both sides of the event and its latency state.
     tools::EventShowRequest show;
     show.event = "BrakeTopic";
@@ -117,6 +120,19 @@ TEST_F(LatencySwitchTest, NamedEventIsSwitchedWithItsBindingsAndRecorded) {
     ASSERT_EQ(shown.code, 0) << shown.message;
     EXPECT_EQ(shown.events.size(), 2U);
     EXPECT_TRUE(shown.latency.enabled);
+
+    // A process that registers the event later gets the order again, and is listed until it
+    // acknowledges.
+    ASSERT_EQ(Register(EventReport("hud", 5, "/demo/Radar/Brake", false, "BrakeTopic", 0x10, 1,
+                                   true, 0x8001)),
+              std::optional<uint8_t>(0));
+    ASSERT_TRUE(WaitFor([&] { return app.Received().size() == 2; }));
+    EXPECT_EQ(app.Received()[1], order);
+    const auto later =
+        Tools<tools::LatencyStatusListReply>(tools::kQueryLatencyStatusId, tools::QueryFilter{});
+    ASSERT_EQ(later.statuses.size(), 1U);
+    EXPECT_EQ(later.statuses[0].unacknowledged,
+              (std::vector<String>{"hud/5@" + host, "radar/1@" + host}));
 }
 
 TEST_F(LatencySwitchTest, UnknownAndAmbiguousNamesAreAnsweredClearly) {

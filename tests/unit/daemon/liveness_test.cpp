@@ -14,7 +14,6 @@ TEST(ProcProbeTest, TellsRunningKilledAndReapedProcessesApart) {
     const auto self = probe.StartTicks(::getpid());
     ASSERT_TRUE(self.has_value());
     EXPECT_EQ(probe.StartTicks(::getpid()), self) << "stable for one process";
-    EXPECT_FALSE(probe.MapsPlugin(::getpid())) << "this test does not load the plug-in";
     EXPECT_FALSE(probe.HostName().empty());
     EXPECT_FALSE(probe.StartTicks(-1).has_value());
 
@@ -41,11 +40,16 @@ TEST(LivenessMonitorTest, ReportsOnlineLocalNodesWhoseRunEnded) {
     probe->Run(3, 300);
     registry.Write([](RegistryState& state, const RegistryUpdater& updater) {
         ChangeSet changes;
-        updater.ApplyReport(NodeReport("a", 1, true), state, changes);
-        updater.ApplyReport(NodeReport("b", 2, true), state, changes);
-        updater.ApplyReport(NodeReport("c", 3, true), state, changes);
-        updater.ApplyReport(NodeReport("remote", 4, true), state, changes);  // not local
-        updater.ApplyReport(NodeReport("c", 3, false), state, changes);
+        for (int32_t pid : {1, 2, 3}) {
+            const ReportSender sender =
+                Sender("p" + std::to_string(pid), "here", pid, pid * 100, true);
+            updater.ApplyReport(NodeReport(std::string(1, char('a' + pid - 1)), pid, true), sender,
+                                state, changes);
+        }
+        updater.ApplyReport(NodeReport("remote", 4, true), Sender("p4", "far", 4, 1, false), state,
+                            changes);
+        updater.ApplyReport(NodeReport("c", 3, false), Sender("p3", "here", 3, 300, true), state,
+                            changes);
         return 0;
     });
     std::vector<NodeGone> gone;
@@ -59,9 +63,9 @@ TEST(LivenessMonitorTest, ReportsOnlineLocalNodesWhoseRunEnded) {
     probe->End(3);       // offline already
     EXPECT_EQ(monitor.CheckOnce(), 2U);
     ASSERT_EQ(gone.size(), 2U);
-    EXPECT_EQ(gone[0].node, (NodeKey{"a", 1}));
+    EXPECT_EQ(gone[0].node, (Key("a", 1, "here")));
     EXPECT_EQ(gone[0].startTicks, 100U);
-    EXPECT_EQ(gone[1].node, (NodeKey{"b", 2}));
+    EXPECT_EQ(gone[1].node, (Key("b", 2, "here")));
     EXPECT_EQ(gone[1].startTicks, 200U);
 }
 

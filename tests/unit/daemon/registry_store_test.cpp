@@ -95,7 +95,7 @@ TEST_F(RegistryStoreTest, SavedStateComesBackAfterReopeningAndDeletesStick) {
     ASSERT_NE(store, nullptr);
     RegistryState loaded = Load(*store);
     ExpectSameState(state, loaded);
-    EXPECT_EQ(loaded.nodes.at(NodeKey{"radar", 100}).entry.eventCount, 1U);
+    EXPECT_EQ(loaded.nodes.at(Key("radar", 100)).entry.eventCount, 1U);
 
     // A key that is gone from the registry is deleted from the file.
     ChangeSet removal;
@@ -104,7 +104,7 @@ TEST_F(RegistryStoreTest, SavedStateComesBackAfterReopeningAndDeletesStick) {
     removal.events.insert(hudEvent);
     removal.sampleTimeouts.insert(state.sampleTimeouts.begin()->first);
     state.events.erase(hudEvent);
-    state.nodes.at(NodeKey{"hud", 7}).entry.eventCount = 0;
+    state.nodes.at(Key("hud", 7)).entry.eventCount = 0;
     state.sampleTimeouts.clear();
     ASSERT_TRUE(store->Save(state, removal).ok);
     ExpectSameState(state, Load(*store));

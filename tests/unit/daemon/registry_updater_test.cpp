@@ -8,14 +8,31 @@ namespace {
 
 class RegistryUpdaterTest : public ::testing::Test {
   protected:
-    ApplyOutcome Apply(const AppRegisterInfo& report) {
+    ApplyOutcome Apply(const AppRegisterInfo& report, const ReportSender& sender = {}) {
         ChangeSet changes;
-        ApplyOutcome outcome = updater_.ApplyReport(report, state_, changes);
+        ApplyOutcome outcome = updater_.ApplyReport(report, sender, state_, changes);
         last_ = changes;
         return outcome;
     }
-    const tools::NodeEntry& Node(const std::string& app, int32_t pid) {
-        return state_.nodes.at(NodeKey{app, pid}).entry;
+    const tools::NodeEntry& Node(const std::string& app, int32_t pid,
+                                 const std::string& host = "") {
+        return state_.nodes.at(Key(app, pid, host)).entry;
+    }
+    // Runs one of the updater's findings and keeps what it changed.
+    template <class F>
+    void Find(F&& finding) {
+        ChangeSet changes;
+        finding(changes);
+        last_ = changes;
+    }
+    // The notices of the last step as "app/pid on|off reason" lines.
+    std::vector<std::string> Notices() const {
+        std::vector<std::string> lines;
+        for (const NodeNotice& notice : last_.notices) {
+            lines.push_back(notice.node.appName + "/" + std::to_string(notice.node.pid) +
+                            (notice.online ? " on " : " off ") + notice.reason);
+        }
+        return lines;
     }
 
     std::shared_ptr<FakeProbe> probe_ = std::make_shared<FakeProbe>();
@@ -27,63 +44,109 @@ class RegistryUpdaterTest : public ::testing::Test {
 };
 
 TEST_F(RegistryUpdaterTest, NodeComesOnlineGoesOfflineAndComesBack) {
-    probe_->Run(100, 5555);
-    ASSERT_TRUE(Apply(NodeReport("radar", 100, true)).accepted);
-    EXPECT_TRUE(Node("radar", 100).online);
-    EXPECT_EQ(Node("radar", 100).host, "testhost");
-    EXPECT_EQ(state_.nodes.at(NodeKey{"radar", 100}).startTicks, 5555U);
-    ASSERT_EQ(last_.notices.size(), 1U);
-    EXPECT_TRUE(last_.notices[0].online);
+    const ReportSender here = Sender("p1", "here", 100, 5555, true);
+    ASSERT_TRUE(Apply(NodeReport("radar", 100, true), here).accepted);
+    EXPECT_TRUE(Node("radar", 100, "here").online);
+    const NodeState& state = state_.nodes.at(Key("radar", 100, "here"));
+    EXPECT_TRUE(state.local);
+    EXPECT_EQ(state.startTicks, 5555U);
+    EXPECT_EQ(state.peer, "p1");
+    EXPECT_EQ(Notices(), std::vector<std::string>{"radar/100 on "});
 
     clock_.Advance(10);
-    Apply(NodeReport("radar", 100, false));
-    EXPECT_FALSE(Node("radar", 100).online);
-    EXPECT_EQ(Node("radar", 100).offlineReason, "offline report");
-    EXPECT_EQ(Node("radar", 100).firstSeen, 1000U);
-    EXPECT_EQ(Node("radar", 100).lastSeen, 1010U);
+    Apply(NodeReport("radar", 100, false), here);
+    EXPECT_EQ(Node("radar", 100, "here").offlineReason, "offline report");
+    EXPECT_EQ(Node("radar", 100, "here").firstSeen, 1000U);
+    EXPECT_EQ(Node("radar", 100, "here").lastSeen, 1010U);
 
     // A second offline report changes nothing worth a line.
-    Apply(NodeReport("radar", 100, false));
+    Apply(NodeReport("radar", 100, false), here);
     EXPECT_TRUE(last_.notices.empty());
 
-    // An online entity report brings the node back; a withdrawal would not.
-    Apply(EventReport("radar", 100, "Brake", true, "BrakeTopic", 0x10, 1, false));
-    EXPECT_FALSE(Node("radar", 100).online);
-    Apply(EventReport("radar", 100, "Brake", true, "BrakeTopic"));
-    EXPECT_TRUE(Node("radar", 100).online);
-    EXPECT_TRUE(Node("radar", 100).offlineReason.empty());
+    // An online entity report brings the node back; a withdrawal would not; no restart.
+    Apply(EventReport("radar", 100, "Brake", true, "BrakeTopic", 0x10, 1, false), here);
+    EXPECT_FALSE(Node("radar", 100, "here").online);
+    Apply(EventReport("radar", 100, "Brake", true, "BrakeTopic"), here);
+    EXPECT_TRUE(Node("radar", 100, "here").online);
+    EXPECT_TRUE(Node("radar", 100, "here").offlineReason.empty());
+    EXPECT_EQ(Node("radar", 100, "here").restarts, 0U);
 }
 
-TEST_F(RegistryUpdaterTest, ProcessesElsewhereAreNotWatched) {
-    probe_->Run(200, 1, /*mapsPlugin=*/false);  // a local process that is not ours: same pid
-    Apply(NodeReport("remote", 200, true));
-    Apply(NodeReport("remote2", 300, true));  // no such process here
-    for (const NodeKey& key : {NodeKey{"remote", 200}, NodeKey{"remote2", 300}}) {
-        const NodeState& node = state_.nodes.at(key);
-        EXPECT_FALSE(node.local) << key.appName;
-        EXPECT_EQ(node.startTicks, 0U) << key.appName;
-        EXPECT_TRUE(node.entry.host.empty()) << key.appName;
-        EXPECT_TRUE(node.entry.online) << key.appName;
+TEST_F(RegistryUpdaterTest, HostComesFromTheSenderAndOnlyLocalProcessesAreProbed) {
+    probe_->Run(200, 1);  // the same pid runs on the daemon's host: no matter
+    Apply(NodeReport("radar", 200, true), Sender("pa", "hostA", 200, 9, false));
+    Apply(NodeReport("radar", 200, true), Sender("pb", "hostB", 200, 9, false));
+    Apply(NodeReport("radar", 300, true));  // the transport named no sender
+    // A report relayed by another process of this host is not probed by its pid either.
+    Apply(NodeReport("hud", 400, true), Sender("pc", "here", 401, 3, true));
+    ASSERT_EQ(state_.nodes.size(), 4U);
+    for (const auto& [key, node] : state_.nodes) {
+        EXPECT_FALSE(node.local) << key.appName << "/" << key.pid;
+        EXPECT_TRUE(node.entry.online) << key.appName << "/" << key.pid;
+        EXPECT_EQ(node.entry.host, key.host);
     }
+    EXPECT_EQ(state_.nodes.count(Key("radar", 300)), 1U);
+
+    // Only the local process is a candidate for the probe's findings.
+    Apply(NodeReport("fusion", 500, true), Sender("pd", "here", 500, 77, true));
+    ChangeSet changes;
+    updater_.ApplyNodeGone(Key("fusion", 500, "here"), 76, state_, changes);  // another run
+    EXPECT_TRUE(Node("fusion", 500, "here").online);
+    updater_.ApplyNodeGone(Key("fusion", 500, "here"), 77, state_, changes);
+    EXPECT_EQ(Node("fusion", 500, "here").offlineReason, "process gone");
 }
 
-TEST_F(RegistryUpdaterTest, GoneNodeGoesOfflineOnlyWhileItIsTheSameRun) {
-    probe_->Run(100, 5555);
-    Apply(NodeReport("radar", 100, true));
-    ChangeSet changes;
-    updater_.ApplyNodeGone(NodeKey{"radar", 100}, 4444, state_, changes);  // another run
-    EXPECT_TRUE(Node("radar", 100).online);
-    updater_.ApplyNodeGone(NodeKey{"radar", 100}, 5555, state_, changes);
-    EXPECT_FALSE(Node("radar", 100).online);
-    EXPECT_EQ(Node("radar", 100).offlineReason, "process gone");
+TEST_F(RegistryUpdaterTest, ReasonsRestartsAndReconnects) {
+    // A process of another host vanishes with its participant, then the cut heals.
+    Apply(NodeReport("radar", 10, true), Sender("pa", "hostA", 10, 100, false));
+    Apply(EventReport("radar", 10, "Brake", true, "BrakeTopic"),
+          Sender("pa", "hostA", 10, 100, false));
+    clock_.Advance(100);
+    Find([&](ChangeSet& c) { updater_.ApplyPeerLost("pa", state_, c); });
+    EXPECT_EQ(Notices(), std::vector<std::string>{"radar/10 off lease expired"});
+    Find([&](ChangeSet& c) { updater_.ApplyPeerAlive("pa", state_, c); });
+    EXPECT_EQ(Notices(), std::vector<std::string>{"radar/10 on reconnected"});
+    EXPECT_EQ(Node("radar", 10, "hostA").restarts, 0U);
 
-    // The pid comes back as a new run of the application: a new first sighting.
-    probe_->Run(100, 7777);
-    clock_.Advance(50);
-    Apply(NodeReport("radar", 100, true));
-    EXPECT_TRUE(Node("radar", 100).online);
-    EXPECT_EQ(state_.nodes.at(NodeKey{"radar", 100}).startTicks, 7777U);
-    EXPECT_EQ(Node("radar", 100).firstSeen, 1050U);
+    // Crashed for good; a new run on that host (new pid) is one restart. The same name on
+    // another host is not.
+    Find([&](ChangeSet& c) { updater_.ApplyPeerLost("pa", state_, c); });
+    clock_.Advance(60000);
+    Apply(NodeReport("radar", 11, true), Sender("pb", "hostA", 11, 200, false));
+    Apply(NodeReport("radar", 10, true), Sender("pc", "hostB", 10, 300, false));
+    EXPECT_EQ(Node("radar", 11, "hostA").restarts, 1U);
+    EXPECT_EQ(Node("radar", 10, "hostB").restarts, 0U);
+
+    // Killed and started again before its lease ran out: counted when the lease runs out.
+    clock_.Advance(1000);
+    Apply(NodeReport("radar", 12, true), Sender("pd", "hostA", 12, 400, false));
+    EXPECT_EQ(Node("radar", 12, "hostA").restarts, 0U) << "radar/11 may still run";
+    Find([&](ChangeSet& c) { updater_.ApplyPeerLost("pb", state_, c); });
+    EXPECT_EQ(Notices(), std::vector<std::string>{"radar/11 off restarted"});
+    EXPECT_EQ(Node("radar", 12, "hostA").restarts, 2U);
+
+    // The same pid with a new start time: the earlier run is listed offline as restarted.
+    Apply(NodeReport("radar", 12, true), Sender("pe", "hostA", 12, 500, false));
+    EXPECT_EQ(Notices(), (std::vector<std::string>{"radar/12 off restarted", "radar/12 on "}));
+    EXPECT_EQ(Node("radar", 12, "hostA").restarts, 3U);
+
+    // Two instances side by side on this host are not restarts of each other, even when one
+    // of them crashes long after the other started; a local run whose process is gone pairs.
+    probe_->Run(20, 1);
+    probe_->Run(21, 2);
+    Apply(NodeReport("hud", 20, true), Sender("pf", "here", 20, 1, true));
+    Apply(NodeReport("hud", 21, true), Sender("pg", "here", 21, 2, true));
+    EXPECT_EQ(Node("hud", 21, "here").restarts, 0U);
+    clock_.Advance(60000);
+    Find([&](ChangeSet& c) { updater_.ApplyNodeGone(Key("hud", 21, "here"), 2, state_, c); });
+    EXPECT_EQ(Notices(), std::vector<std::string>{"hud/21 off process gone"});
+    probe_->End(20);
+    probe_->Run(22, 3);
+    Apply(NodeReport("hud", 22, true), Sender("ph", "here", 22, 3, true));
+    EXPECT_EQ(Notices(), (std::vector<std::string>{"hud/22 on ", "hud/20 off restarted"}));
+    EXPECT_EQ(Node("hud", 22, "here").restarts, 1U);
+    Apply(NodeReport("hud", 23, true), Sender("pi", "here", 23, 4, true));
+    EXPECT_EQ(Node("hud", 23, "here").restarts, 1U) << "paired with hud/21";
 }
 
 TEST_F(RegistryUpdaterTest, EntitiesAreUpsertedWithdrawnAndCounted) {
@@ -141,10 +204,10 @@ TEST_F(RegistryUpdaterTest, LimitsRefuseWithoutChangingAnything) {
     // offline one seen longest ago makes room.
     EXPECT_TRUE(apply(NodeReport("b", 2, true)).accepted);
     EXPECT_FALSE(apply(NodeReport("c", 3, true)).accepted);
-    EXPECT_EQ(state_.nodes.count(NodeKey{"c", 3}), 0U);
+    EXPECT_EQ(state_.nodes.count(Key("c", 3)), 0U);
     apply(NodeReport("a", 1, false));
     EXPECT_TRUE(apply(NodeReport("c", 3, true)).accepted);
-    EXPECT_EQ(state_.nodes.count(NodeKey{"a", 1}), 0U);
+    EXPECT_EQ(state_.nodes.count(Key("a", 1)), 0U);
     EXPECT_TRUE(state_.events.empty()) << "the pushed-out node's entities go with it";
     EXPECT_EQ(changes.events.size(), 2U);
 }
@@ -169,7 +232,7 @@ TEST_F(RegistryUpdaterTest, E2EReportsMergeAndAnEmptyOneCountsAsOffline) {
     AppRegisterInfo changed = E2EReport("radar", 100, "Brake", 1, true);
     changed.nodeCommonRegisterInfo.appE2EConfig.pubE2EConfigs[0].e2eConfig.dataLength = 64;
     Apply(changed);
-    const auto& configs = state_.e2e.at(NodeKey{"radar", 100}).configs;
+    const auto& configs = state_.e2e.at(Key("radar", 100)).configs;
     ASSERT_EQ(configs.size(), 2U);
     EXPECT_EQ(configs[0].config.e2eConfig.dataLength, 64U);
     EXPECT_TRUE(configs[0].isPub);
@@ -179,7 +242,7 @@ TEST_F(RegistryUpdaterTest, E2EReportsMergeAndAnEmptyOneCountsAsOffline) {
     // Without configurations the report reads as the node's offline report.
     Apply(NodeReport("radar", 100, false));
     EXPECT_FALSE(Node("radar", 100).online);
-    EXPECT_EQ(state_.e2e.at(NodeKey{"radar", 100}).configs.size(), 2U);
+    EXPECT_EQ(state_.e2e.at(Key("radar", 100)).configs.size(), 2U);
 }
 
 TEST_F(RegistryUpdaterTest, LatencyAcksResultsAndSwitchesPerEvent) {

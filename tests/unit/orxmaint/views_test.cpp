@@ -58,14 +58,14 @@ TEST_F(ViewsTest, NodesAreSortedByApplicationAndPidWithReadableStateAndSummary) 
     reply.nodes = {Node("radar", 300, true), Node("fusion", 200, false), Node("radar", 100, true)};
     reply.total = 3;
     EXPECT_EQ(Print(reply, PrintNodes),
-              "APP     PID  HOST  ONLINE             EVENTS  METHODS  FIELDS  FIRST SEEN"
-              "           LAST SEEN\n"
-              "fusion  200  ecu1  no (process gone)       2        0       0  2024-05-01T12:00:00"
-              "  2024-05-01T12:01:01\n"
-              "radar   100  ecu1  yes                     2        0       0  2024-05-01T12:00:00"
-              "  2024-05-01T12:01:01\n"
-              "radar   300  ecu1  yes                     2        0       0  2024-05-01T12:00:00"
-              "  2024-05-01T12:01:01\n"
+              "APP     PID  HOST  ONLINE  REASON        RESTARTS  EVENTS  METHODS  FIELDS"
+              "  FIRST SEEN           LAST SEEN\n"
+              "fusion  200  ecu1  no      process gone         0       2        0       0"
+              "  2024-05-01T12:00:00  2024-05-01T12:01:01\n"
+              "radar   100  ecu1  yes     -                    0       2        0       0"
+              "  2024-05-01T12:00:00  2024-05-01T12:01:01\n"
+              "radar   300  ecu1  yes     -                    0       2        0       0"
+              "  2024-05-01T12:00:00  2024-05-01T12:01:01\n"
               "3 nodes, 2 online\n");
 }
 
@@ -141,11 +141,12 @@ TEST_F(ViewsTest, LatencyStatusNamesTheLastOrderAndWhoAcknowledged) {
     ack.mode = maintaind::LatencyMode::ENABLE;
     ack.isSubMatched = true;
     status.acks = {ack};
+    status.unacknowledged = {"fusion/42@ecu2"};
     reply.statuses = {status};
     const std::string text = Print(reply, PrintLatencyStatuses);
     const std::string line = LineWith(text, "RadarObjects");
     EXPECT_NE(line.find("enable at 2024-05-01T12:00:00"), std::string::npos) << text;
-    EXPECT_NE(line.find("fusion: enable (sub)"), std::string::npos) << text;
+    EXPECT_NE(line.find("fusion: enable (sub)  fusion/42@ecu2"), std::string::npos) << text;
     EXPECT_NE(text.find("1 event, 1 with latency analysis enabled\n"), std::string::npos);
 }
 

@@ -1,7 +1,9 @@
 #include "vorx/vcc/driver/fault_injecting_driver.h"
 
 #include <utility>
+#include <vector>
 
+#include "callback_gate.h"
 #include "orx/sync/mutex.h"
 #include "task_thread.h"
 
@@ -166,6 +168,106 @@ bool FaultInjectingDriver::Subscribe(ClientId client, uint32_t entityId) {
 
 void FaultInjectingDriver::Unsubscribe(ClientId client, uint32_t entityId) {
     inner_->Unsubscribe(client, entityId);
+}
+
+void FaultInjectingDriver::TellWatches(std::function<void(const PeerCallbacks&)> call) {
+    std::vector<std::pair<PeerCallbacks, std::shared_ptr<CallbackGate>>> targets;
+    {
+        orx::sync::MutexLock lock(mutex_);
+        for (const auto& [id, watch] : watches_) {
+            targets.emplace_back(watch.callbacks, watch.gate);
+        }
+    }
+    delayer_->Post([targets = std::move(targets), call = std::move(call)] {
+        for (const auto& target : targets) {
+            const PeerCallbacks& callbacks = target.first;
+            target.second->Run([&] { call(callbacks); });
+        }
+    });
+}
+
+void FaultInjectingDriver::AddPeer(const PeerInfo& peer) {
+    {
+        orx::sync::MutexLock lock(mutex_);
+        standIns_[peer.key] = peer;
+    }
+    TellWatches([peer](const PeerCallbacks& callbacks) {
+        if (callbacks.onAlive) {
+            callbacks.onAlive(peer);
+        }
+    });
+}
+
+void FaultInjectingDriver::LosePeer(const PeerKey& key) {
+    {
+        orx::sync::MutexLock lock(mutex_);
+        standIns_.erase(key);
+    }
+    TellWatches([key](const PeerCallbacks& callbacks) {
+        if (callbacks.onLost) {
+            callbacks.onLost(key);
+        }
+    });
+}
+
+PeerInfo FaultInjectingDriver::LocalPeer() const {
+    return inner_->LocalPeer();
+}
+
+std::optional<PeerInfo> FaultInjectingDriver::FindPeer(const PeerKey& key) const {
+    {
+        orx::sync::MutexLock lock(mutex_);
+        const auto found = standIns_.find(key);
+        if (found != standIns_.end()) {
+            return found->second;
+        }
+    }
+    return inner_->FindPeer(key);
+}
+
+PeerWatchId FaultInjectingDriver::WatchPeers(PeerCallbacks callbacks) {
+    PeerWatch watch;
+    watch.callbacks = callbacks;
+    watch.gate = std::make_shared<CallbackGate>();
+    watch.inner = inner_->WatchPeers(callbacks);
+    std::vector<PeerInfo> known;
+    std::shared_ptr<CallbackGate> gate = watch.gate;
+    PeerWatchId id = 0;
+    {
+        orx::sync::MutexLock lock(mutex_);
+        id = nextWatch_++;
+        watches_.emplace(id, std::move(watch));
+        for (const auto& [key, peer] : standIns_) {
+            known.push_back(peer);
+        }
+    }
+    // The stand-ins known already are reported once, as a real driver reports the peers it knows
+    // when a watch starts.
+    delayer_->Post([gate, callbacks = std::move(callbacks), known = std::move(known)] {
+        gate->Run([&] {
+            for (const PeerInfo& peer : known) {
+                if (callbacks.onAlive) {
+                    callbacks.onAlive(peer);
+                }
+            }
+        });
+    });
+    return id;
+}
+
+void FaultInjectingDriver::StopWatchPeers(PeerWatchId watch) {
+    PeerWatch stopped;
+    {
+        orx::sync::MutexLock lock(mutex_);
+        const auto found = watches_.find(watch);
+        if (found == watches_.end()) {
+            return;
+        }
+        stopped = std::move(found->second);
+        watches_.erase(found);
+    }
+    inner_->StopWatchPeers(stopped.inner);
+    stopped.gate->Close();
 }
 
 }  // namespace vorx::vcc

@@ -280,7 +280,8 @@ class InProcessDriver::Impl {
     TaskThread clientRx_{"vcc-inproc-cli"};
 };
 
-InProcessDriver::InProcessDriver(PayloadMode mode) : impl_(std::make_unique<Impl>()), mode_(mode) {}
+InProcessDriver::InProcessDriver(PayloadMode mode)
+    : impl_(std::make_unique<Impl>()), mode_(mode), localKey_(Driver::LocalPeer().key) {}
 
 InProcessDriver::~InProcessDriver() = default;
 
@@ -321,6 +322,9 @@ void InProcessDriver::Disconnect(ClientId client) {
 }
 
 bool InProcessDriver::SendRequest(ClientId client, MethodCall call) {
+    if (call.sender == PeerKey{}) {
+        call.sender = localKey_;
+    }
     return impl_->SendRequest(client, std::move(call));
 }
 

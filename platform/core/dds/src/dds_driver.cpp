@@ -11,6 +11,8 @@
 #include "orx/sync/mutex.h"
 #include "topic_resolver.h"
 #include "vorx/vcc/driver/driver_registry.h"
+#include "vorx/vcc/mono_time.h"
+#include "vorx/vcc/process_identity.h"
 
 namespace vorx {
 namespace driver {
@@ -53,11 +55,16 @@ struct ClientEntry {
     vcc::ProviderId target{0};  // the offer requests went to last; 0 before the first one
     // That offer, while it lasts (cleared with target when it goes away).
     std::shared_ptr<const ServiceOffer> targetOffer;
+    // When it was last made sure that the process behind targetOffer still runs (monotonic ns).
+    long targetCheckedNs{0};
     std::map<uint32_t, std::shared_ptr<const MethodTopics>> methodTopics;  // resolved per method
     std::map<uint32_t, uint64_t> subscriptions;  // event -> transport subscription
 };
 
 }  // namespace
+
+// How often a client makes sure that the process behind the offer it sends to still runs.
+constexpr long kTargetCheckPeriodNs = 100L * 1000 * 1000;
 
 class DdsDriver::Impl {
   public:
@@ -179,6 +186,7 @@ class DdsDriver::Impl {
         std::optional<vcc::HandleType> handle;
         std::shared_ptr<const ServiceOffer> offer;
         std::shared_ptr<const MethodTopics> topics;
+        bool checkTarget = false;
         {
             orx::sync::MutexLock lock(mutex_);
             auto found = clients_.find(client);
@@ -188,6 +196,11 @@ class DdsDriver::Impl {
             ClientEntry& entry = found->second;
             if (entry.target != 0 && entry.targetOffer) {
                 offer = entry.targetOffer;
+                const long now = vcc::GetCurMonoTime();
+                if (now - entry.targetCheckedNs >= kTargetCheckPeriodNs) {
+                    entry.targetCheckedNs = now;
+                    checkTarget = true;
+                }
             }
             auto known = entry.methodTopics.find(call.entityId);
             if (known != entry.methodTopics.end()) {
@@ -196,6 +209,19 @@ class DdsDriver::Impl {
             if (!offer || !topics) {
                 handle = entry.handle;
             }
+        }
+        if (checkTarget && ProcessEnded(*offer)) {
+            // The server was killed and its lease has not run out yet: another offer of the
+            // service (the server started again) takes the requests meanwhile.
+            orx::sync::MutexLock lock(mutex_);
+            auto found = clients_.find(client);
+            if (found == clients_.end()) {
+                return false;
+            }
+            found->second.target = 0;
+            found->second.targetOffer.reset();
+            handle = found->second.handle;
+            offer.reset();
         }
         if (!offer) {
             auto target = TargetOffer(*handle);
@@ -392,19 +418,32 @@ class DdsDriver::Impl {
 
     // The offer a request of `handle` goes to: the one it names while it exists,
     // else any current offer of the same service.
+    // Offers whose process is known to have ended are passed over.
     std::optional<ServiceOffer> TargetOffer(const vcc::HandleType& handle) const {
         const vcc::ServiceDescription& desc = handle.GetDescription();
         if (auto named = transport_->KnownOffer(handle.GetProviderId())) {
-            if (SameService(*named, desc)) {
+            if (SameService(*named, desc) && !ProcessEnded(*named)) {
                 return named;
             }
         }
         for (const auto& offer : transport_->CurrentOffers(FilterOf(desc))) {
-            if (SameService(offer, desc)) {
+            if (SameService(offer, desc) && !ProcessEnded(offer)) {
                 return offer;
             }
         }
         return std::nullopt;
+    }
+
+    // True when the offer's process ran on this host and has ended although its offer is still
+    // listed (a killed server, whose offer waits for the end of its participant's lease).
+    // Processes of other hosts, and unknown ones, count as running: for them the lease decides.
+    bool ProcessEnded(const ServiceOffer& offer) const {
+        const auto process = transport_->FindPeer(offer.providerGuid);
+        if (!process || process->pid <= 0 || process->hostId != vcc::LocalHostId()) {
+            return false;
+        }
+        const auto ticks = vcc::ProcessStartTicks(process->pid);
+        return !ticks || (process->startTicks != 0 && *ticks != process->startTicks);
     }
 
     void OnRequest(vcc::ProviderId provider,
@@ -426,6 +465,7 @@ class DdsDriver::Impl {
         call.entityId = frame.entityId;
         call.sessionId = frame.sessionId;
         call.payload = PayloadOf(std::move(frame.payload));
+        call.sender = frame.senderGuid;
         if (onRequest) {
             onRequest(provider, call);
         }
@@ -553,6 +593,44 @@ bool DdsDriver::Subscribe(vcc::ClientId client, uint32_t entityId) {
 
 void DdsDriver::Unsubscribe(vcc::ClientId client, uint32_t entityId) {
     impl_->Unsubscribe(client, entityId);
+}
+
+vcc::PeerInfo DdsDriver::LocalPeer() const {
+    vcc::PeerInfo self;
+    self.key = impl_->transport_->Guid();
+    self.process = vcc::CurrentProcessIdentity();
+    return self;
+}
+
+std::optional<vcc::PeerInfo> DdsDriver::FindPeer(const vcc::PeerKey& key) const {
+    if (key == impl_->transport_->Guid()) {
+        return LocalPeer();
+    }
+    auto process = impl_->transport_->FindPeer(key);
+    if (!process) {
+        return std::nullopt;
+    }
+    return vcc::PeerInfo{key, std::move(*process)};
+}
+
+vcc::PeerWatchId DdsDriver::WatchPeers(vcc::PeerCallbacks callbacks) {
+    auto onAlive = std::move(callbacks.onAlive);
+    auto onLost = std::move(callbacks.onLost);
+    return impl_->transport_->WatchPeers(
+        [onAlive](const ParticipantGuid& guid, const vcc::ProcessIdentity& process) {
+            if (onAlive) {
+                onAlive(vcc::PeerInfo{guid, process});
+            }
+        },
+        [onLost](const ParticipantGuid& guid) {
+            if (onLost) {
+                onLost(guid);
+            }
+        });
+}
+
+void DdsDriver::StopWatchPeers(vcc::PeerWatchId watch) {
+    impl_->transport_->UnwatchPeers(watch);
 }
 
 void DdsDriver::SetMethodTopics(uint16_t serviceId, uint32_t entityId, const MethodTopics& topics) {

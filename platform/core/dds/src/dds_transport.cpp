@@ -41,6 +41,18 @@ void DdsTransport::SetMatchWait(std::chrono::milliseconds wait) {
     impl_->matchWaitMs_.store(wait.count(), std::memory_order_relaxed);
 }
 
+uint64_t DdsTransport::WatchPeers(PeerAliveHandler onAlive, PeerLostHandler onLost) {
+    return impl_->participants_->Watch(std::move(onAlive), std::move(onLost));
+}
+
+void DdsTransport::UnwatchPeers(uint64_t watch) {
+    impl_->participants_->Unwatch(watch);
+}
+
+std::optional<vcc::ProcessIdentity> DdsTransport::FindPeer(const ParticipantGuid& guid) const {
+    return impl_->participants_->Find(guid);
+}
+
 DdsStatus DdsTransport::Offer(const ServiceOffer& offer) {
     return impl_->offers_->Offer(offer);
 }

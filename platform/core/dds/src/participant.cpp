@@ -5,6 +5,7 @@
 #include "OrxDdsWire.h"
 #include "ara/kelda/common/log/log.h"
 #include "orx/sync/mutex.h"
+#include "peer_participants.h"
 
 namespace vorx {
 namespace driver {
@@ -69,6 +70,10 @@ std::shared_ptr<Participant> Participant::Create(const ParticipantSettings& sett
     // CYCLONEDDS_URI supplies the rest of the configuration.
     dds_qos_t* qos = dds_create_qos();
     dds_qset_liveliness(qos, DDS_LIVELINESS_AUTOMATIC, DDS_MSECS(settings.leaseDurationMs));
+    // Who this process is travels with the participant, so that peers can name the process
+    // behind every frame (host, pid, start time) and notice when it is gone.
+    const std::string userData = EncodePeerUserData(vcc::CurrentProcessIdentity());
+    dds_qset_userdata(qos, userData.data(), userData.size());
     const dds_entity_t participant = dds_create_participant(settings.domainId, qos, nullptr);
     dds_delete_qos(qos);
     if (participant < 0) {

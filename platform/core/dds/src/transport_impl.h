@@ -21,6 +21,7 @@
 #include "offer_board.h"
 #include "orx/sync/mutex.h"
 #include "participant.h"
+#include "peer_participants.h"
 #include "peer_topics.h"
 #include "vorx/driver/dds/dds_transport.h"
 
@@ -49,6 +50,9 @@ class DdsTransport::Impl {
         : participant_(std::move(participant)), idBase_(RandomId() & ~0xFFFFFFFFull) {}
 
     ~Impl() {
+        if (participants_) {
+            participants_->Stop();
+        }
         if (peers_) {
             peers_->Stop();
         }
@@ -103,7 +107,12 @@ class DdsTransport::Impl {
             [this](uint16_t serviceId, const std::string& topic) {
                 OnEventTopic(serviceId, topic);
             });
-        return peers_->Start();
+        status = peers_->Start();
+        if (!status.ok()) {
+            return status;
+        }
+        participants_ = std::make_unique<PeerParticipants>(participant_, discovery_.get());
+        return participants_->Start();
     }
 
     // The endpoint of `topic`, made with `qos` on first use. With `role` set,
@@ -336,6 +345,7 @@ class DdsTransport::Impl {
     std::unique_ptr<DispatchThread> server_;
     std::unique_ptr<OfferBoard> offers_;
     std::unique_ptr<PeerTopics> peers_;
+    std::unique_ptr<PeerParticipants> participants_;
 
     struct EndpointEntry {
         std::shared_ptr<FrameEndpoint> endpoint;

@@ -40,10 +40,7 @@ std::string TopicOrId(const std::string& topic, uint16_t someipId) {
 }
 
 std::string Online(const tools::NodeEntry& node) {
-    if (node.online) {
-        return "yes";
-    }
-    return node.offlineReason.empty() ? "no" : "no (" + node.offlineReason + ")";
+    return node.online ? "yes" : "no";
 }
 
 std::string FieldParts(const tools::FieldEntry& field) {
@@ -119,6 +116,8 @@ void PrintNodes(const tools::NodeListReply& reply, std::ostream& out) {
                      {"PID", Align::kRight},
                      {"HOST"},
                      {"ONLINE"},
+                     {"REASON"},
+                     {"RESTARTS", Align::kRight},
                      {"EVENTS", Align::kRight},
                      {"METHODS", Align::kRight},
                      {"FIELDS", Align::kRight},
@@ -127,6 +126,7 @@ void PrintNodes(const tools::NodeListReply& reply, std::ostream& out) {
         for (const tools::NodeEntry* n : Sorted(reply.nodes)) {
             online += n->online ? 1U : 0U;
             table.AddRow({n->appName, std::to_string(n->pid), OrDash(n->host), Online(*n),
+                          OrDash(n->offlineReason), std::to_string(n->restarts),
                           std::to_string(n->eventCount), std::to_string(n->methodCount),
                           std::to_string(n->fieldCount), LocalTime(n->firstSeen),
                           LocalTime(n->lastSeen)});

@@ -60,6 +60,14 @@ std::string Acks(const std::vector<tools::LatencyAckEntry>& acks) {
     return OrDash(text);
 }
 
+std::string Joined(const std::vector<std::string>& items) {
+    std::string text;
+    for (const std::string& item : items) {
+        text += (text.empty() ? "" : ", ") + item;
+    }
+    return text;
+}
+
 std::string LastOrder(const tools::LatencyStatusEntry& status) {
     if (!status.requested) {
         return "-";
@@ -87,13 +95,14 @@ void PrintLatencyStatuses(const tools::LatencyStatusListReply& reply, std::ostre
                      {"BINDINGS"},
                      {"ENABLED"},
                      {"LAST ORDER"},
-                     {"ACKNOWLEDGED BY"}});
+                     {"ACKNOWLEDGED BY"},
+                     {"NOT ACKNOWLEDGED BY"}});
         for (const tools::LatencyStatusEntry* s : sorted) {
             enabled += s->enabled ? 1U : 0U;
             table.AddRow({OrDash(s->eventName), HexId(s->latencyIndex.serviceId),
                           std::to_string(s->latencyIndex.instanceId), Address(s->latencyIndex),
                           Bindings(BindingNames(s->latencyIndex.driverTypes)), YesNo(s->enabled),
-                          LastOrder(*s), Acks(s->acks)});
+                          LastOrder(*s), Acks(s->acks), OrDash(Joined(s->unacknowledged))});
         }
         table.Print(out);
     }

@@ -23,17 +23,20 @@ namespace orx::maintaind::tools {
 struct NodeEntry {
     String appName;
     int32_t pid{};
-    String host;  // host name of the daemon for local processes, "" when unknown
+    String host;  // host name the process's own participant gave, "" when unknown
     bool online{};
     uint64_t firstSeen{};  // first report of this process
     uint64_t lastSeen{};   // last report, or when it was found gone
-    String offlineReason;  // "" while online; "offline report" or "process gone"
+    // "" while online; "offline report", "process gone", "lease expired" or "restarted"
+    String offlineReason;
     uint32_t eventCount{};
     uint32_t methodCount{};
     uint32_t fieldCount{};
+    // Restarts of this application on this host counted up to this run (earlier runs included).
+    uint32_t restarts{};
 
     ORX_MAINTAIND_RECORD(NodeEntry, appName, pid, host, online, firstSeen, lastSeen, offlineReason,
-                         eventCount, methodCount, fieldCount)
+                         eventCount, methodCount, fieldCount, restarts)
 };
 
 // One event as one application offers (isPub) or subscribes it.
@@ -128,8 +131,11 @@ struct LatencyAckEntry {
     bool isPubMatched{};
     bool isSubMatched{};
     uint64_t ackedAt{};
+    int32_t pid{};  // the acknowledging process (0 when its transport did not name it)
+    String host;
 
-    ORX_MAINTAIND_RECORD(LatencyAckEntry, appName, mode, isPubMatched, isSubMatched, ackedAt)
+    ORX_MAINTAIND_RECORD(LatencyAckEntry, appName, mode, isPubMatched, isSubMatched, ackedAt, pid,
+                         host)
 };
 
 // Latency analysis of one event: what was last ordered and who acknowledged what.
@@ -140,10 +146,13 @@ struct LatencyStatusEntry {
     LatencyMode requestedMode{};
     uint64_t requestedAt{};
     bool enabled{};  // the newest acknowledgement of some application says ENABLE
-    std::vector<LatencyAckEntry> acks;  // newest acknowledgement per application
+    std::vector<LatencyAckEntry> acks;  // newest acknowledgement per process
+    // Running processes with the event that have not acknowledged the last order since it was
+    // given, as "app/pid@host" (filled in query answers only).
+    std::vector<String> unacknowledged;
 
     ORX_MAINTAIND_RECORD(LatencyStatusEntry, eventName, latencyIndex, requested, requestedMode,
-                         requestedAt, enabled, acks)
+                         requestedAt, enabled, acks, unacknowledged)
 };
 
 // One latency result reported by a subscribing application.

@@ -1,14 +1,17 @@
 #ifndef VORX_VCC_DRIVER_DRIVER_H
 #define VORX_VCC_DRIVER_DRIVER_H
 
+#include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "vorx/vcc/export.h"
 #include "vorx/vcc/handle_type.h"
 #include "vorx/vcc/payload.h"
+#include "vorx/vcc/process_identity.h"
 
 namespace vorx::vcc {
 
@@ -17,12 +20,36 @@ using ProviderId = uint64_t;  // one offer of a service
 using ClientId = uint64_t;    // one proxy's connection to a service
 using FindId = uint64_t;      // one running search
 
+// Names one running process among the peers of a driver (on DDS: its participant's GUID). It
+// changes when the process starts again. All zero means "not known".
+using PeerKey = std::array<uint8_t, 16>;
+
+// A peer as the driver knows it: its key and who the process is.
+struct PeerInfo {
+    PeerKey key{};
+    ProcessIdentity process;
+};
+
+// What a driver calls while it follows its peers.
+struct PeerCallbacks {
+    // A peer became reachable: on the start of the watch for each one known then, when a new one
+    // appears, and when one that was lost comes back (a network cut healed; same key).
+    std::function<void(const PeerInfo&)> onAlive;
+    // A peer is gone: it left, or nothing was heard of it for its lease (crash, network cut).
+    std::function<void(const PeerKey&)> onLost;
+};
+using PeerWatchId = uint64_t;
+
 // A method request on its way from a proxy to the offering service.
 struct MethodCall {
     ClientId clientId{0};  // filled by the driver on SendRequest: where the reply goes
     uint32_t entityId{0};  // the method
     uint16_t sessionId{0};
     Payload payload;  // the arguments (see codec.h)
+    // The process that sent the request, filled by the driver: on the receiving side it names
+    // the sender among the driver's peers (FindPeer, WatchPeers). A sender set before
+    // SendRequest is kept (tests stand in for other processes this way).
+    PeerKey sender{};
 };
 
 // What a reply carries besides its value.
@@ -118,6 +145,19 @@ class VCC_EXPORT Driver {
     // service, not to one offer: they outlive a withdrawal and a new offer.
     virtual bool Subscribe(ClientId client, uint32_t entityId) = 0;
     virtual void Unsubscribe(ClientId client, uint32_t entityId) = 0;
+
+    // ---- Peers: the processes this driver reaches ----
+    // This process as its peers see it. The default: the process's identity under a key made
+    // from it (a driver with no wire of its own has only this one peer).
+    virtual PeerInfo LocalPeer() const;
+    // The peer named `key`, when the driver knows it right now. The default knows LocalPeer.
+    virtual std::optional<PeerInfo> FindPeer(const PeerKey& key) const;
+    // Follows the peers (see PeerCallbacks); callbacks run on the driver's threads, one at a
+    // time. Returns 0 when refused. The default never calls back: its one peer, this process,
+    // is always there.
+    virtual PeerWatchId WatchPeers(PeerCallbacks callbacks);
+    // After it returns the watch's callbacks never run again.
+    virtual void StopWatchPeers(PeerWatchId watch);
 };
 
 }  // namespace vorx::vcc

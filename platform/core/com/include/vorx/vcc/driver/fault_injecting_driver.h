@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -16,6 +17,7 @@
 namespace vorx::vcc {
 
 class TaskThread;
+class CallbackGate;
 
 // The three kinds of sends a fault can hit.
 enum class FaultChannel : uint8_t {
@@ -84,6 +86,13 @@ class VCC_EXPORT FaultInjectingDriver final : public Driver {
     // the sender's thread and must not call back into this driver.
     void SetRequestDecider(std::function<Fault(const MethodCall&)> decider);
 
+    // Stand-ins for processes of other hosts, for tests of what follows peers. AddPeer makes
+    // `peer` known (FindPeer) and reports it alive to every watch (again after LosePeer: a
+    // network cut that healed); LosePeer reports it lost and forgets it. Requests name such a
+    // peer as their sender through the request rewriter (MethodCall::sender).
+    void AddPeer(const PeerInfo& peer);
+    void LosePeer(const PeerKey& key);
+
     std::string Name() const override;
     PayloadMode GetPayloadMode() const override;
     ProviderId Offer(const ServiceDescription& offer, ServerCallbacks callbacks) override;
@@ -97,8 +106,22 @@ class VCC_EXPORT FaultInjectingDriver final : public Driver {
     bool Publish(ProviderId provider, EventSample sample) override;
     bool Subscribe(ClientId client, uint32_t entityId) override;
     void Unsubscribe(ClientId client, uint32_t entityId) override;
+    // The wrapped driver's peers and the stand-ins; the stand-ins' callbacks run on a thread of
+    // this wrapper.
+    PeerInfo LocalPeer() const override;
+    std::optional<PeerInfo> FindPeer(const PeerKey& key) const override;
+    PeerWatchId WatchPeers(PeerCallbacks callbacks) override;
+    void StopWatchPeers(PeerWatchId watch) override;
 
   private:
+    struct PeerWatch {
+        PeerCallbacks callbacks;
+        PeerWatchId inner{0};
+        std::shared_ptr<CallbackGate> gate;
+    };
+    // Runs `call` with each watch's callbacks on the delayer thread.
+    void TellWatches(std::function<void(const PeerCallbacks&)> call);
+
     // Takes the fault queued for the next send of `channel`, if any, and counts the send.
     bool NextFault(FaultChannel channel, Fault& fault);
     // Applies `fault` to a send that `forward` performs.
@@ -111,7 +134,10 @@ class VCC_EXPORT FaultInjectingDriver final : public Driver {
     std::function<void(MethodCall&)> requestRewriter_ GUARDED_BY(mutex_);
     std::function<void(MethodReply&)> replyRewriter_ GUARDED_BY(mutex_);
     std::function<Fault(const MethodCall&)> requestDecider_ GUARDED_BY(mutex_);
-    std::unique_ptr<TaskThread> delayer_;  // runs delayed sends
+    std::map<PeerKey, PeerInfo> standIns_ GUARDED_BY(mutex_);
+    std::map<PeerWatchId, PeerWatch> watches_ GUARDED_BY(mutex_);
+    PeerWatchId nextWatch_ GUARDED_BY(mutex_){1};
+    std::unique_ptr<TaskThread> delayer_;  // runs delayed sends and the stand-ins' callbacks
 };
 
 }  // namespace vorx::vcc

@@ -50,6 +50,7 @@ class VCC_EXPORT InProcessDriver final : public Driver {
     class Impl;
     std::unique_ptr<Impl> impl_;
     std::atomic<PayloadMode> mode_;
+    const PeerKey localKey_;  // the sender of every request that names none
 };
 
 }  // namespace vorx::vcc

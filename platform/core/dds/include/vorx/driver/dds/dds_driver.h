@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "vorx/driver/dds/dds_status.h"
@@ -78,6 +79,13 @@ class VCC_EXPORT DdsDriver final : public vcc::Driver {
     vcc::ClientId Connect(const vcc::HandleType& handle, vcc::ClientCallbacks callbacks) override;
     void Disconnect(vcc::ClientId client) override;
     bool SendRequest(vcc::ClientId client, vcc::MethodCall call) override;
+    // Peers are the participants of the domain that carry a process identity; a peer's key is
+    // its participant's GUID, a request's sender the GUID of the participant that wrote it. A
+    // peer is lost when it deletes its participant or when its lease runs out.
+    vcc::PeerInfo LocalPeer() const override;
+    std::optional<vcc::PeerInfo> FindPeer(const vcc::PeerKey& key) const override;
+    vcc::PeerWatchId WatchPeers(vcc::PeerCallbacks callbacks) override;
+    void StopWatchPeers(vcc::PeerWatchId watch) override;
     bool SendReply(vcc::ProviderId provider, vcc::MethodReply reply) override;
     bool Publish(vcc::ProviderId provider, vcc::EventSample sample) override;
     bool Subscribe(vcc::ClientId client, uint32_t entityId) override;

@@ -14,6 +14,7 @@
 #include "vorx/driver/dds/frame.h"
 #include "vorx/driver/dds/participant_settings.h"
 #include "vorx/vcc/export.h"
+#include "vorx/vcc/process_identity.h"
 
 namespace vorx {
 namespace driver {
@@ -96,6 +97,21 @@ class VCC_EXPORT DdsTransport {
     // or its provider's lease ran out), before the finds hear of it. Replaces
     // the previous handler.
     void SetOfferLostHandler(OfferLostHandler handler);
+
+    // ---- Peers ----
+    using PeerAliveHandler =
+        std::function<void(const ParticipantGuid&, const vcc::ProcessIdentity&)>;
+    using PeerLostHandler = std::function<void(const ParticipantGuid&)>;
+    // Follows the other participants of the domain that carry a process identity (those of
+    // this driver): `onAlive` for each one known now and each that appears or comes back after
+    // its lease ran out, `onLost` when one leaves or its lease runs out; on the discovery
+    // thread. Returns the watch's id (never 0).
+    uint64_t WatchPeers(PeerAliveHandler onAlive, PeerLostHandler onLost);
+    // After it returns the watch's handlers never run again.
+    void UnwatchPeers(uint64_t watch);
+    // The process behind participant `guid` while it is alive; also right after a frame of it
+    // arrived, before the discovery thread has handled its announcement.
+    std::optional<vcc::ProcessIdentity> FindPeer(const ParticipantGuid& guid) const;
 
     // ---- Methods, server side ----
     // Hands every request frame addressed to `providerId` to `onRequest` (see
