@@ -5,11 +5,13 @@
 
 #include "daemon_log.h"
 #include "registry/report_class.h"
+#include "timeline/entries.h"
 
 namespace orx::maintaind::daemon {
 
-IngestPipeline::IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats)
-    : registry_(registry), store_(store), stats_(stats) {}
+IngestPipeline::IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats,
+                               Timeline* timeline)
+    : registry_(registry), store_(store), stats_(stats), timeline_(timeline) {}
 
 IngestResult IngestPipeline::Apply(IngestItem& item, RegistryState& state,
                                    const RegistryUpdater& updater, ChangeSet& changes) {
@@ -42,9 +44,20 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
     results.reserve(batch.size());
     ChangeSet changes;
     StoreStatus saved;
+    std::vector<tools::TimelineEntry> stored;  // timeline entries in the file now
     registry_.Write([&](RegistryState& state, const RegistryUpdater& updater) {
         for (IngestItem& item : batch) {
+            const size_t firstNotice = changes.notices.size();
+            const size_t timelineAt = changes.timeline.size();
             results.push_back(Apply(item, state, updater, changes));
+            if (timeline_ != nullptr) {
+                AddNoticeEntries(changes, firstNotice, timelineAt, timeline_->Now());
+            }
+        }
+        if (timeline_ != nullptr) {
+            timeline_->Number(changes.timeline);
+        } else {
+            changes.timeline.clear();
         }
         if (store_ != nullptr) {
             // Saved under the lock so no query sees a state the file does not hold yet and
@@ -56,7 +69,11 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
             saved = store_->Save(state, toSave);
             if (!saved.ok) {
                 unsaved_ = std::move(toSave);
+            } else {
+                stored = std::move(toSave.timeline);
             }
+        } else {
+            stored = changes.timeline;
         }
     });
     if (!saved.ok) {
@@ -73,6 +90,9 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
                               << "]";
     }
     LogNotices(changes);
+    if (timeline_ != nullptr) {
+        timeline_->Append(stored);  // pushes each entry to the tools
+    }
     for (size_t i = 0; i < batch.size(); ++i) {
         IngestResult& result = results[i];
         if (!saved.ok && result.status == IngestResult::Status::kAccepted) {

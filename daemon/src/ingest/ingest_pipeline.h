@@ -9,16 +9,20 @@
 #include "registry/change_set.h"
 #include "registry/registry.h"
 #include "store/registry_store.h"
+#include "timeline/timeline.h"
 
 namespace orx::maintaind::daemon {
 
 class IngestPipeline {
   public:
-    // `store` may be nullptr (nothing is persisted). The references must outlive the pipeline.
-    IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats);
+    // `store` may be nullptr (nothing is persisted); `timeline` may be nullptr (no timeline is
+    // kept). The references must outlive the pipeline.
+    IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats,
+                   Timeline* timeline = nullptr);
 
     // Applies every item in order under one registry write lock, stores what changed in one
-    // transaction, logs node and refusal lines, and calls each item's `done`. When the store
+    // transaction with the timeline entries it caused, logs node and refusal lines, appends the
+    // stored entries to the timeline, and calls each item's `done`. When the store
     // fails, the items complete with kNotStored and their changes are written with the next
     // batch. Called by one thread at a time.
     void Process(std::vector<IngestItem>& batch);
@@ -31,6 +35,7 @@ class IngestPipeline {
     Registry& registry_;
     RegistryStore* const store_;
     DaemonStats& stats_;
+    Timeline* const timeline_;
     ChangeSet unsaved_;  // changes of failed transactions, retried with the next batch
     bool storeFailing_{false};
 };

@@ -1,11 +1,13 @@
 // What one batch of updates changed: the keys the store must write (their current value, or a
-// delete when the key is gone from the registry) and the notices to log once it is stored.
+// delete when the key is gone from the registry), the notices to log once it is stored, and the
+// timeline entries to store with it.
 #pragma once
 
 #include <set>
 #include <string>
 #include <vector>
 
+#include "orx/maintaind/tools/timeline.h"
 #include "registry/keys.h"
 
 namespace orx::maintaind::daemon {
@@ -28,11 +30,15 @@ struct ChangeSet {
     std::set<LatencyHistoryKey> latencyResults;
     std::set<ListenerKey> sampleTimeouts;
     std::vector<NodeNotice> notices;
+    // Timeline entries in the order they happened. The updater adds those that notices do not
+    // carry (latency switches and acknowledgements, sample timeouts); the ingest pipeline adds one
+    // per notice.
+    std::vector<tools::TimelineEntry> timeline;
 
     bool Empty() const {
         return nodes.empty() && events.empty() && methods.empty() && fields.empty() &&
                e2e.empty() && latencyStatuses.empty() && latencyResults.empty() &&
-               sampleTimeouts.empty() && notices.empty();
+               sampleTimeouts.empty() && notices.empty() && timeline.empty();
     }
 
     // Adds the keys and notices of `other`.
@@ -46,6 +52,7 @@ struct ChangeSet {
         latencyResults.insert(other.latencyResults.begin(), other.latencyResults.end());
         sampleTimeouts.insert(other.sampleTimeouts.begin(), other.sampleTimeouts.end());
         notices.insert(notices.end(), other.notices.begin(), other.notices.end());
+        timeline.insert(timeline.end(), other.timeline.begin(), other.timeline.end());
     }
 };
 
