@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/duration.h"
 #include "cli/service_selector.h"
 
 namespace orx::orxmaint {
@@ -61,6 +62,8 @@ struct Commands {
     CLI::App* latencyResults;
     CLI::App* timeouts;
     CLI::App* status;
+    CLI::App* history;
+    CLI::App* watch;
 };
 
 void AddGlobalOptions(CLI::App& app, Options& options) {
@@ -128,6 +131,24 @@ Commands AddCommands(CLI::App& app, Options& options) {
     c.timeouts = app.add_subcommand("timeouts", "Sample timeouts seen by subscriber listeners");
     AddAppOption(*c.timeouts, options);
     c.status = app.add_subcommand("status", "maintaind's own state and counters");
+
+    c.history = app.add_subcommand("history",
+                                   "What happened, oldest first: nodes coming and "
+                                   "going, latency switches, sample timeouts");
+    c.history
+        ->add_option("--since", options.since, "Only the last DURATION (e.g. 90s, 10m, 2h, 7d)")
+        ->check(
+            [](const std::string& text) {
+                return ParseDurationMs(text) ? std::string()
+                                             : "\"" + text +
+                                                   "\" is not a duration such as 500ms, 30s, "
+                                                   "10m, 2h or 7d";
+            },
+            "DURATION");
+    AddAppOption(*c.history, options);
+    c.watch = app.add_subcommand(
+        "watch", "Print what happens as it happens (the last 10 s first) until Ctrl-C");
+    AddAppOption(*c.watch, options);
     return c;
 }
 
@@ -145,6 +166,8 @@ Command Selected(const Commands& c) {
         {c.latencyResults, Command::kLatencyResults},
         {c.timeouts, Command::kTimeouts},
         {c.status, Command::kStatus},
+        {c.history, Command::kHistory},
+        {c.watch, Command::kWatch},
     };
     for (const auto& [command, value] : table) {
         if (command->parsed()) {
@@ -181,6 +204,9 @@ std::optional<int> ParseCommandLine(int argc, const char* const* argv, Options& 
         return 2;
     }
     options.command = Selected(commands);
+    if (options.command == Command::kWatch) {
+        options.watch = true;  // runs until Ctrl-C
+    }
     return std::nullopt;
 }
 

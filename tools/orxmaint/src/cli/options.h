@@ -21,6 +21,8 @@ enum class Command {
     kLatencyResults,
     kTimeouts,
     kStatus,
+    kHistory,
+    kWatch,
 };
 
 // Default of --timeout-ms: how long the daemon may take to be found and to answer.
@@ -47,6 +49,7 @@ struct Options {
     std::string name;      // EVENT of latency enable/disable, DATATYPE of types
     bool watch = false;    // latency results: refresh every second until interrupted
     bool history = false;  // latency results: every stored result, not only the newest
+    std::string since;     // history: only entries of this last duration (e.g. 10m), as typed
 };
 
 // Parses argv into `options`. Returns std::nullopt when the command should run; otherwise the

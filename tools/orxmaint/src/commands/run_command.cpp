@@ -2,6 +2,7 @@
 
 #include "commands/daemon_commands.h"
 #include "commands/entity_commands.h"
+#include "commands/history_commands.h"
 #include "commands/latency_commands.h"
 
 namespace orx::orxmaint {
@@ -35,6 +36,10 @@ int RunCommand(const Options& options, const ClientSettings& settings,
             return RunTimeouts(context);
         case Command::kStatus:
             return RunStatus(context);
+        case Command::kHistory:
+            return RunHistory(context);
+        case Command::kWatch:
+            return RunWatch(context);
     }
     return kExitFailed;
 }
