@@ -118,6 +118,10 @@ struct Inbox {
     orx::sync::Mutex mutex;
     std::vector<TimelineEntry> entries GUARDED_BY(mutex);
 
+    void Put(const TimelineEntry& entry) {
+        orx::sync::MutexLock lock(mutex);
+        entries.push_back(entry);
+    }
     std::vector<TimelineEntry> Take() {
         orx::sync::MutexLock lock(mutex);
         return std::exchange(entries, {});
@@ -194,11 +198,7 @@ int RunWatch(CommandContext& context) {
     // Subscribed before the first query, so every entry is either in the answer or pushed.
     auto inbox = std::make_shared<Inbox>();
     const bool subscribed = context.client.Subscribe<TimelineEntry>(
-        tools::kTimelineEventId,
-        [inbox](const TimelineEntry& entry) {
-            orx::sync::MutexLock lock(inbox->mutex);
-            inbox->entries.push_back(entry);
-        },
+        tools::kTimelineEventId, [inbox](const TimelineEntry& entry) { inbox->Put(entry); },
         Clock::now() + context.client.Settings().timeout);
     tools::TimelineReply reply;
     if (!Query(context, tools::kQueryTimelineId, "QueryTimeline", RecentRequest(context, since),
