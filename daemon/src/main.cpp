@@ -89,6 +89,8 @@ int main(int argc, char** argv) {
     settings.instanceId =
         !line->instanceId.empty() ? line->instanceId : process.settings.maintenanceInstanceId;
     settings.livenessPeriod = std::chrono::milliseconds(line->livenessPeriodMs);
+    settings.timeline.maxEntries = line->historyMaxEntries;
+    settings.timeline.maxAge = std::chrono::hours(line->historyMaxAgeHours);
 
     orx::maintaind::daemon::Maintaind daemon(std::move(settings));
     std::string error;

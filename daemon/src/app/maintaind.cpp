@@ -1,10 +1,14 @@
 #include "app/maintaind.h"
 
+#include <unistd.h>
+
 #include <utility>
+#include <vector>
 
 #include "daemon_log.h"
 #include "orx/maintaind/service.h"
 #include "orx/maintaind/tools/method_ids.h"
+#include "timeline/entries.h"
 #include "vorx/vcc/driver/driver_registry.h"
 #include "vorx/vcc/reserve_service.h"
 
@@ -36,7 +40,8 @@ vorx::vcc::ServiceDescription Service(const DaemonSettings& settings, uint16_t s
 
 Maintaind::Maintaind(DaemonSettings settings)
     : settings_(std::move(settings)),
-      registry_(RegistryUpdater(settings_.limits, ClockOf(settings_), ProbeOf(settings_))) {}
+      registry_(RegistryUpdater(settings_.limits, ClockOf(settings_), ProbeOf(settings_))),
+      timeline_(settings_.timeline, ClockOf(settings_)) {}
 
 Maintaind::~Maintaind() {
     Stop();
@@ -45,7 +50,7 @@ Maintaind::~Maintaind() {
 bool Maintaind::Start(std::string& error) {
     if (!settings_.dbPath.empty()) {
         StoreStatus status;
-        store_ = RegistryStore::Open(settings_.dbPath, settings_.fresh, status);
+        store_ = RegistryStore::Open(settings_.dbPath, settings_.fresh, status, settings_.timeline);
         if (!store_) {
             error = status.message;
             return false;
@@ -59,12 +64,24 @@ bool Maintaind::Start(std::string& error) {
             store_.reset();
             return false;
         }
+        std::vector<tools::TimelineEntry> entries;
+        uint64_t lastId = 0;
+        size_t skippedEntries = 0;
+        status = store_->LoadTimeline(entries, lastId, skippedEntries);
+        if (!status.ok) {
+            error = status.message;
+            store_.reset();
+            return false;
+        }
+        timeline_.Restore(std::move(entries), lastId);
+        skipped += skippedEntries;
         if (skipped > 0) {
             DaemonLog().LogWarn() << "[Maintaind][Registry rows that cannot be read were skipped]"
                                      "[file="
                                   << settings_.dbPath << ", rows=" << skipped << "]";
         }
     }
+    RecordDaemonEntry(true);
     const auto [nodes, entities] = registry_.Read([](const RegistryState& state) {
         return std::make_pair(state.nodes.size(),
                               state.events.size() + state.methods.size() + state.fields.size());
@@ -78,7 +95,7 @@ bool Maintaind::Start(std::string& error) {
         driver, registry_, [this](IngestItem item) { queue_->Push(std::move(item)); },
         settings_.peerGrace, settings_.livenessPeriod);
     pipeline_ = std::make_unique<IngestPipeline>(
-        registry_, store_.get(), stats_,
+        registry_, store_.get(), stats_, &timeline_,
         [this](const vorx::vcc::PeerKey& key) { return peers_->Resolve(key); });
     queue_ = std::make_unique<IngestQueue>(*pipeline_, settings_.queueCapacity, settings_.maxBatch);
 
@@ -103,6 +120,7 @@ bool Maintaind::Start(std::string& error) {
     toolsService_ = std::make_unique<ToolsService>(*toolsServer_, registry_, *switcher_, *queue_,
                                                    stats_, std::move(info), settings_.requestLimits,
                                                    QueryEngine(settings_.entryCap));
+    toolsService_->ServeTimeline(timeline_, settings_.entryCap);
     liveness_ = std::make_unique<LivenessMonitor>(
         registry_, ProbeOf(settings_),
         [this](const NodeGone& gone) {
@@ -146,10 +164,31 @@ void Maintaind::Stop() {
     liveness_->Stop();
     peers_->Stop();
     appServer_->StopOffer();    // no RegisterApp handler runs after this
-    toolsServer_->StopOffer();  // nor a tools handler
-    toolsService_->Stop();      // answers the queries already posted
     queue_->Stop();             // stores and answers the reports already queued
+    RecordDaemonEntry(false);   // published while the tools side is still offered
+    toolsServer_->StopOffer();  // no tools handler runs after this
+    toolsService_->Stop();      // answers the queries already posted
     DaemonLog().LogInfo() << "Maintaind stopped";
+}
+
+void Maintaind::RecordDaemonEntry(bool start) {
+    ChangeSet changes;
+    changes.timeline.push_back(DaemonEntry(start, ProbeOf(settings_)->HostName(),
+                                           static_cast<int32_t>(::getpid()), timeline_.Now()));
+    timeline_.Number(changes.timeline);
+    if (store_) {
+        const StoreStatus status =
+            registry_.Write([&](RegistryState& state, const RegistryUpdater&) {
+                return store_->Save(state, changes);
+            });
+        if (!status.ok) {
+            DaemonLog().LogError()
+                << "[Maintaind][Registry file not written][file=" << store_->Path()
+                << ", reason=" << status.message << "]";
+            return;
+        }
+    }
+    timeline_.Append(changes.timeline);
 }
 
 size_t Maintaind::CheckLivenessNow() {

@@ -21,6 +21,7 @@
 #include "service/method_server.h"
 #include "service/tools_service.h"
 #include "store/registry_store.h"
+#include "timeline/timeline.h"
 #include "tools/latency_switcher.h"
 #include "vorx/vcc/api/types/driver_type.h"
 
@@ -36,6 +37,7 @@ struct DaemonSettings {
     std::chrono::milliseconds peerGrace{5000};
     vorx::vcc::api::types::DriverType binding = vorx::vcc::api::types::DriverType::DDS;
     RegistryLimits limits;
+    TimelineLimits timeline;  // how much of the timeline is kept
     RequestLimits requestLimits;
     size_t queueCapacity = 100000;              // reports waiting to be stored
     size_t maxBatch = 4096;                     // reports per transaction
@@ -64,11 +66,16 @@ class Maintaind {
     const Registry& GetRegistry() const { return registry_; }
     const DaemonStats& Stats() const { return stats_; }
     const IngestQueue& Queue() const { return *queue_; }
+    const Timeline& GetTimeline() const { return timeline_; }
 
   private:
+    // Stores (when there is a file) and keeps the daemon's own start or stop entry.
+    void RecordDaemonEntry(bool start);
+
     DaemonSettings settings_;
     DaemonStats stats_;
     Registry registry_;
+    Timeline timeline_;
     std::unique_ptr<RegistryStore> store_;
     std::unique_ptr<IngestPipeline> pipeline_;
     std::unique_ptr<IngestQueue> queue_;

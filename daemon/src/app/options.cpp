@@ -43,6 +43,14 @@ std::optional<CommandLine> ParseCommandLine(int argc, char** argv, int& exitCode
            "--liveness-period-ms", line.livenessPeriodMs,
            "How often processes of this host are checked for having gone, in ms; default 500")
         ->check(CLI::Range(100U, 60000U));
+    app.add_option("--history-max-entries", line.historyMaxEntries,
+                   "Timeline entries kept; the oldest are dropped beyond it")
+        ->check(CLI::Range(100U, 10000000U))
+        ->capture_default_str();
+    app.add_option("--history-max-age-hours", line.historyMaxAgeHours,
+                   "Timeline entries older than this are dropped, in hours")
+        ->check(CLI::Range(1U, 87600U))
+        ->capture_default_str();
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

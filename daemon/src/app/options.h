@@ -14,6 +14,8 @@ struct CommandLine {
     std::string instanceId;  // --instance-id, else orx.json maintenance.instanceId, else "1"
     std::string logLevel;    // --log-level, "" when not given
     uint32_t livenessPeriodMs = 500;
+    uint32_t historyMaxEntries = 100000;  // --history-max-entries
+    uint32_t historyMaxAgeHours = 168;    // --history-max-age-hours (7 days)
 };
 
 // Parses argv. Returns the command line, or std::nullopt with `exitCode` set when the process

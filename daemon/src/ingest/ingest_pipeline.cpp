@@ -5,12 +5,17 @@
 
 #include "daemon_log.h"
 #include "registry/report_class.h"
+#include "timeline/entries.h"
 
 namespace orx::maintaind::daemon {
 
 IngestPipeline::IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats,
-                               SenderResolver resolver)
-    : registry_(registry), store_(store), stats_(stats), resolver_(std::move(resolver)) {}
+                               Timeline* timeline, SenderResolver resolver)
+    : registry_(registry),
+      store_(store),
+      stats_(stats),
+      resolver_(std::move(resolver)),
+      timeline_(timeline) {}
 
 IngestResult IngestPipeline::Apply(IngestItem& item, const ReportSender& sender,
                                    RegistryState& state, const RegistryUpdater& updater,
@@ -55,9 +60,20 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
     }
     ChangeSet changes;
     StoreStatus saved;
+    std::vector<tools::TimelineEntry> stored;  // timeline entries in the file now
     registry_.Write([&](RegistryState& state, const RegistryUpdater& updater) {
         for (size_t i = 0; i < batch.size(); ++i) {
+            const size_t firstNotice = changes.notices.size();
+            const size_t timelineAt = changes.timeline.size();
             results.push_back(Apply(batch[i], senders[i], state, updater, changes));
+            if (timeline_ != nullptr) {
+                AddNoticeEntries(changes, firstNotice, timelineAt, timeline_->Now());
+            }
+        }
+        if (timeline_ != nullptr) {
+            timeline_->Number(changes.timeline);
+        } else {
+            changes.timeline.clear();
         }
         if (store_ != nullptr) {
             // Saved under the lock so no query sees a state the file does not hold yet and
@@ -70,7 +86,11 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
             saved = store_->Save(state, toSave);
             if (!saved.ok) {
                 unsaved_ = std::move(toSave);
+            } else {
+                stored = std::move(toSave.timeline);
             }
+        } else {
+            stored = changes.timeline;
         }
     });
     if (!saved.ok) {
@@ -87,6 +107,9 @@ void IngestPipeline::Process(std::vector<IngestItem>& batch) {
                               << "]";
     }
     LogNotices(changes);
+    if (timeline_ != nullptr) {
+        timeline_->Append(stored);  // pushes each entry to the tools
+    }
     if (resend_ && saved.ok) {
         for (const auto& [key, index] : changes.latencyResend) {
             LatencySwitch order;

@@ -10,6 +10,7 @@
 #include "registry/change_set.h"
 #include "registry/registry.h"
 #include "store/registry_store.h"
+#include "timeline/timeline.h"
 
 namespace orx::maintaind::daemon {
 
@@ -19,13 +20,14 @@ using SenderResolver = std::function<ReportSender(const vorx::vcc::PeerKey&)>;
 
 class IngestPipeline {
   public:
-    // `store` may be nullptr (nothing is persisted); `resolver` may be empty (senders unknown).
-    // The references must outlive the pipeline.
+    // `store` may be nullptr (nothing is persisted); `timeline` may be nullptr (no timeline is
+    // kept); `resolver` may be empty (senders unknown). The references must outlive the pipeline.
     IngestPipeline(Registry& registry, RegistryStore* store, DaemonStats& stats,
-                   SenderResolver resolver = {});
+                   Timeline* timeline = nullptr, SenderResolver resolver = {});
 
     // Applies every item in order under one registry write lock, stores what changed in one
-    // transaction, logs node and refusal lines, and calls each item's `done`. When the store
+    // transaction with the timeline entries it caused, logs node and refusal lines, appends the
+    // stored entries to the timeline, and calls each item's `done`. When the store
     // fails, the items complete with kNotStored and their changes are written with the next
     // batch. Called by one thread at a time.
     void Process(std::vector<IngestItem>& batch);
@@ -46,6 +48,7 @@ class IngestPipeline {
     DaemonStats& stats_;
     const SenderResolver resolver_;
     std::function<void(const LatencySwitch&)> resend_;
+    Timeline* const timeline_;
     ChangeSet unsaved_;  // changes of failed transactions, retried with the next batch
     bool storeFailing_{false};
 };

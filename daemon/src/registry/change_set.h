@@ -1,5 +1,6 @@
 // What one batch of updates changed: the keys the store must write (their current value, or a
-// delete when the key is gone from the registry) and the notices to log once it is stored.
+// delete when the key is gone from the registry), the notices to log once it is stored, and the
+// timeline entries to store with it.
 #pragma once
 
 #include <set>
@@ -9,6 +10,7 @@
 #include <map>
 
 #include "orx/maintaind/latency.h"
+#include "orx/maintaind/tools/timeline.h"
 #include "registry/keys.h"
 
 namespace orx::maintaind::daemon {
@@ -34,11 +36,16 @@ struct ChangeSet {
     // Events whose analysis is on and that a process registered: the switch is published again
     // once the batch is stored, so that processes started after it measure too.
     std::map<LatencyKey, LatencyIndex> latencyResend;
+    // Timeline entries in the order they happened. The updater adds those that notices do not
+    // carry (latency switches and acknowledgements, sample timeouts); the ingest pipeline adds one
+    // per notice.
+    std::vector<tools::TimelineEntry> timeline;
 
     bool Empty() const {
         return nodes.empty() && events.empty() && methods.empty() && fields.empty() &&
                e2e.empty() && latencyStatuses.empty() && latencyResults.empty() &&
-               sampleTimeouts.empty() && notices.empty() && latencyResend.empty();
+               sampleTimeouts.empty() && notices.empty() && latencyResend.empty() &&
+               timeline.empty();
     }
 
     // Adds the keys and notices of `other`.
@@ -53,6 +60,7 @@ struct ChangeSet {
         sampleTimeouts.insert(other.sampleTimeouts.begin(), other.sampleTimeouts.end());
         notices.insert(notices.end(), other.notices.begin(), other.notices.end());
         latencyResend.insert(other.latencyResend.begin(), other.latencyResend.end());
+        timeline.insert(timeline.end(), other.timeline.begin(), other.timeline.end());
     }
 };
 

@@ -4,6 +4,7 @@
 
 #include "registry/entry_builder.h"
 #include "registry/registry_updater.h"
+#include "timeline/entries.h"
 
 namespace orx::maintaind::daemon {
 
@@ -159,6 +160,7 @@ ApplyOutcome RegistryUpdater::ApplyLatency(const LatencyInfo& info, const Report
         status.enabled = std::any_of(
             status.acks.begin(), status.acks.end(),
             [](const tools::LatencyAckEntry& known) { return known.mode == LatencyMode::ENABLE; });
+        changes.timeline.push_back(LatencyAckEntry(info, status.eventName, now));
         return {};
     }
 
@@ -202,6 +204,8 @@ void RegistryUpdater::ApplyLatencyRequest(const LatencyRequest& request, Registr
     status.requested = true;
     status.requestedMode = request.mode;
     status.requestedAt = clock_();
+    changes.timeline.push_back(
+        LatencySwitchEntry(request.eventName, request.mode, status.requestedAt));
 }
 
 ApplyOutcome RegistryUpdater::ApplyListener(const AppRegisterInfo& report, RegistryState& state,
@@ -231,6 +235,8 @@ ApplyOutcome RegistryUpdater::ApplyListener(const AppRegisterInfo& report, Regis
     ++entry.reportCount;
     entry.lastSeen = now;
     changes.sampleTimeouts.insert(key);
+    changes.timeline.push_back(SampleTimeoutEntry(
+        params.listenerName, entry.appName, params.sampleTimeout, params.sampleTimeoutCount, now));
     return {};
 }
 

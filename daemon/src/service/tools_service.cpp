@@ -5,6 +5,7 @@
 #include "daemon_log.h"
 #include "orx/maintaind/tools/check.h"
 #include "orx/maintaind/tools/method_ids.h"
+#include "orx/maintaind/tools/timeline.h"
 
 namespace orx::maintaind::daemon {
 
@@ -68,11 +69,29 @@ ToolsService::ToolsService(MethodServer& server, const Registry& registry,
         });
 }
 
+void ToolsService::ServeTimeline(Timeline& timeline, uint32_t entryCap) {
+    timeline_ = &timeline;
+    Add<tools::TimelineRequest, tools::TimelineReply>(
+        tools::kQueryTimelineId, "QueryTimeline",
+        [&timeline, entryCap](const tools::TimelineRequest& request) {
+            return timeline.Query(request, entryCap);
+        });
+    timeline.SetListener([this](const tools::TimelineEntry& entry) {
+        if (!server_.Publish(tools::kTimelineEventId, entry)) {
+            DaemonLog().LogWarn(Limit("Maintaind_TimelinePublishFailed"))
+                << "[Maintaind][Timeline entry not published][id=" << entry.id << "]";
+        }
+    });
+}
+
 void ToolsService::Start() {
     worker_.Start();
 }
 
 void ToolsService::Stop() {
+    if (timeline_ != nullptr) {
+        timeline_->SetListener(nullptr);
+    }
     worker_.Stop();
 }
 

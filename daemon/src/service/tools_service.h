@@ -13,6 +13,7 @@
 #include "registry/registry.h"
 #include "service/method_server.h"
 #include "service/task_worker.h"
+#include "timeline/timeline.h"
 #include "tools/latency_switcher.h"
 #include "tools/query_engine.h"
 
@@ -34,6 +35,11 @@ class ToolsService {
     ToolsService(MethodServer& server, const Registry& registry, LatencySwitcher& switcher,
                  const IngestQueue& queue, DaemonStats& stats, DaemonInfo info,
                  RequestLimits limits, QueryEngine engine, size_t backlog = 256);
+
+    // Serves QueryTimeline from `timeline` and publishes each entry appended to it as the
+    // timeline event of this service. REQUIRES: called before the server is offered; `timeline`
+    // must outlive this object (its listener is cleared by Stop).
+    void ServeTimeline(Timeline& timeline, uint32_t entryCap);
 
     void Start();
     // Answers what is waiting, then stops. Idempotent.
@@ -58,6 +64,7 @@ class ToolsService {
     const QueryEngine engine_;
     const check::CheckEngine checker_;
     TaskWorker worker_;
+    Timeline* timeline_{nullptr};
 };
 
 }  // namespace orx::maintaind::daemon

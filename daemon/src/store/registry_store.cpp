@@ -36,10 +36,12 @@ RegistryStore::RegistryStore(std::string path, std::unique_ptr<SqliteDb> db)
 RegistryStore::~RegistryStore() {
     upsert_.reset();
     erase_.reset();
+    timeline_.reset();
 }
 
 std::unique_ptr<RegistryStore> RegistryStore::Open(const std::string& path, bool fresh,
-                                                   StoreStatus& status) {
+                                                   StoreStatus& status,
+                                                   TimelineLimits timelineLimits) {
     status = MakeParentDirectories(path);
     if (!status.ok) {
         return nullptr;
@@ -54,6 +56,7 @@ std::unique_ptr<RegistryStore> RegistryStore::Open(const std::string& path, bool
         // Dropped rather than emptied, so that a file of another schema version starts over too.
         statements.push_back("DROP TABLE IF EXISTS items");
         statements.push_back("DROP TABLE IF EXISTS meta");
+        statements.push_back("DROP TABLE IF EXISTS timeline");
     }
     // Values are large (an event's record is a kilobyte or more), so rows live in a rowid table
     // with a unique index on their key rather than in a WITHOUT ROWID table.
@@ -61,6 +64,10 @@ std::unique_ptr<RegistryStore> RegistryStore::Open(const std::string& path, bool
     statements.push_back(
         "CREATE TABLE IF NOT EXISTS items (id INTEGER PRIMARY KEY, kind TEXT NOT NULL, key BLOB "
         "NOT NULL, app TEXT, pid INTEGER, name TEXT, value BLOB NOT NULL, UNIQUE (kind, key))");
+    // A file of the same version made before the timeline existed gets the table here.
+    for (std::string& sql : TimelineTable::CreateStatements()) {
+        statements.push_back(std::move(sql));
+    }
     for (const std::string& sql : statements) {
         status = store->db_->Exec(sql);
         if (!status.ok) {
@@ -70,7 +77,7 @@ std::unique_ptr<RegistryStore> RegistryStore::Open(const std::string& path, bool
     }
     status = store->CheckSchema();
     if (status.ok) {
-        status = store->Prepare();
+        status = store->Prepare(timelineLimits);
     }
     if (!status.ok) {
         status.message = path + ": " + status.message;
@@ -98,7 +105,7 @@ StoreStatus RegistryStore::CheckSchema() {
                      std::to_string(kSchemaVersion) + "')");
 }
 
-StoreStatus RegistryStore::Prepare() {
+StoreStatus RegistryStore::Prepare(TimelineLimits timelineLimits) {
     StoreStatus status;
     upsert_ = std::make_unique<Statement>(
         *db_,
@@ -110,6 +117,9 @@ StoreStatus RegistryStore::Prepare() {
     }
     erase_ =
         std::make_unique<Statement>(*db_, "DELETE FROM items WHERE kind = ?1 AND key = ?2", status);
+    if (status.ok) {
+        timeline_ = TimelineTable::Prepare(*db_, timelineLimits, status);
+    }
     return status;
 }
 
@@ -136,6 +146,11 @@ StoreStatus RegistryStore::Load(RegistryState& state, size_t& skipped) {
     return {};
 }
 
+StoreStatus RegistryStore::LoadTimeline(std::vector<tools::TimelineEntry>& entries,
+                                        uint64_t& lastId, size_t& skipped) {
+    return timeline_->Load(entries, lastId, skipped);
+}
+
 StoreStatus RegistryStore::Save(const RegistryState& state, const ChangeSet& changes) {
     StoreStatus status = db_->Exec("BEGIN");
     if (!status.ok) {
@@ -143,6 +158,9 @@ StoreStatus RegistryStore::Save(const RegistryState& state, const ChangeSet& cha
     }
     RowWriter writer{*db_, *upsert_, *erase_};
     status = SaveChanges(state, changes, writer);
+    if (status.ok) {
+        status = timeline_->Write(changes.timeline);
+    }
     if (status.ok) {
         status = db_->Exec("COMMIT");
     }

@@ -49,6 +49,9 @@ inline constexpr uint32_t kQueryFieldInfoId = 0xE101U;
 inline constexpr uint32_t kQueryE2EInfoId = 0xE102U;
 inline constexpr uint32_t kQuerySampleTimeoutId = 0xE103U;
 inline constexpr uint32_t kQueryDaemonStatusId = 0xE104U;
+inline constexpr uint32_t kQueryTimelineId = 0xE105U;
+// Tools-side event: each new timeline entry, published once it is stored.
+inline constexpr uint32_t kTimelineEventId = 0xE106U;
 // Compares every provider with every consumer (tools/check.h).
 inline constexpr uint32_t kCheckContractsId = 0xE110U;
 

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/duration.h"
 #include "cli/service_selector.h"
 
 namespace orx::orxmaint {
@@ -63,6 +64,8 @@ struct Commands {
     CLI::App* status;
     CLI::App* check;
     CLI::App* graph;
+    CLI::App* history;
+    CLI::App* watch;
 };
 
 void AddGlobalOptions(CLI::App& app, Options& options) {
@@ -144,6 +147,23 @@ Commands AddCommands(CLI::App& app, Options& options) {
         ->check(CLI::IsMember({"dot", "svg", "mermaid"}))
         ->capture_default_str();
     c.graph->add_flag("--online", options.onlineOnly, "Only running applications");
+    c.history = app.add_subcommand("history",
+                                   "What happened, oldest first: nodes coming and "
+                                   "going, latency switches, sample timeouts");
+    c.history
+        ->add_option("--since", options.since, "Only the last DURATION (e.g. 90s, 10m, 2h, 7d)")
+        ->check(
+            [](const std::string& text) {
+                return ParseDurationMs(text) ? std::string()
+                                             : "\"" + text +
+                                                   "\" is not a duration such as 500ms, 30s, "
+                                                   "10m, 2h or 7d";
+            },
+            "DURATION");
+    AddAppOption(*c.history, options);
+    c.watch = app.add_subcommand(
+        "watch", "Print what happens as it happens (the last 10 s first) until Ctrl-C");
+    AddAppOption(*c.watch, options);
     return c;
 }
 
@@ -163,6 +183,8 @@ Command Selected(const Commands& c) {
         {c.status, Command::kStatus},
         {c.check, Command::kCheck},
         {c.graph, Command::kGraph},
+        {c.history, Command::kHistory},
+        {c.watch, Command::kWatch},
     };
     for (const auto& [command, value] : table) {
         if (command->parsed()) {
@@ -201,6 +223,9 @@ std::optional<int> ParseCommandLine(int argc, const char* const* argv, Options& 
         return 2;
     }
     options.command = Selected(commands);
+    if (options.command == Command::kWatch) {
+        options.watch = true;  // runs until Ctrl-C
+    }
     return std::nullopt;
 }
 

@@ -23,6 +23,8 @@ enum class Command {
     kStatus,
     kCheck,
     kGraph,
+    kHistory,
+    kWatch,
 };
 
 // Default of --timeout-ms: how long the daemon may take to be found and to answer.
@@ -51,6 +53,7 @@ struct Options {
     bool history = false;        // latency results: every stored result, not only the newest
     bool strict = false;         // check: warnings fail too
     std::string format = "dot";  // graph: "dot", "svg" or "mermaid"
+    std::string since;           // history: only entries of this last duration (e.g. 10m), as typed
 };
 
 // Parses argv into `options`. Returns std::nullopt when the command should run; otherwise the

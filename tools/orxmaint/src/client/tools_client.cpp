@@ -109,6 +109,18 @@ std::shared_ptr<vorx::vcc::api::types::MethodInfo> ToolsClient::MethodInfoOf(
     return info;
 }
 
+std::shared_ptr<vorx::vcc::api::types::EventInfo> ToolsClient::EventInfoOf(
+    uint32_t entityId) const {
+    auto info = std::make_shared<vorx::driver::dds::DDSEventInfo>();
+    info->SetEntityId(entityId);
+    info->SetServiceId(maintaind::tools::kToolsServiceId);
+    info->SetServiceName(ToolsServicePath());
+    info->SetInstanceId(settings_.instanceId);
+    info->SetDriver(settings_.binding);
+    info->SetRole(EntityRole::CLIENT);
+    return info;
+}
+
 void ToolsClient::LogFound() const {
     Log()->LogDebug() << "[orxmaint][maintaind found][instanceId=" << settings_.instanceId
                       << ", afterMs=" << MillisecondsOf(Clock::now() - started_) << "]";

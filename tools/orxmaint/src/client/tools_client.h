@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -73,7 +74,36 @@ class ToolsClient {
         return CallOutcome::Ok();
     }
 
+    // Subscribes event `entityId` of the tools service once the service is found (waits until
+    // `deadline`). `onSample` runs on the core's event thread for every sample, in arrival order,
+    // possibly after this object is gone; it must own what it touches. False when the service was
+    // not found or the core refused the subscription. Once per event.
+    template <class T>
+    bool Subscribe(uint32_t entityId, std::function<void(const T&)> onSample,
+                   Clock::time_point deadline) {
+        const std::shared_ptr<vorx::vcc::Proxy> proxy = WaitForProxy(deadline);
+        if (!proxy) {
+            return false;
+        }
+        const std::weak_ptr<vorx::vcc::Proxy> weak = proxy;
+        proxy->SetReceiveHandler(
+            [weak, entityId, onSample]() {
+                const std::shared_ptr<vorx::vcc::Proxy> alive = weak.lock();
+                while (alive &&
+                       alive->GetNewSamples<T>(
+                           [&](vorx::vcc::SamplePtr<const T> sample) { onSample(*sample); },
+                           entityId, kSamplesPerTake) > 0) {
+                }
+            },
+            entityId);
+        return proxy->Subscribe<T>(entityId, EventInfoOf(entityId), kEventCacheSize);
+    }
+
   private:
+    static constexpr size_t kSamplesPerTake = 256;
+    static constexpr size_t kEventCacheSize = 1024;  // unread samples kept per event
+
+    std::shared_ptr<vorx::vcc::api::types::EventInfo> EventInfoOf(uint32_t entityId) const;
     // The proxy of the found service, made on first need; nullptr when nothing was found by
     // `deadline`.
     std::shared_ptr<vorx::vcc::Proxy> WaitForProxy(Clock::time_point deadline);

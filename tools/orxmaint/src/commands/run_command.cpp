@@ -4,6 +4,7 @@
 #include "commands/daemon_commands.h"
 #include "commands/entity_commands.h"
 #include "commands/graph_command.h"
+#include "commands/history_commands.h"
 #include "commands/latency_commands.h"
 
 namespace orx::orxmaint {
@@ -41,6 +42,10 @@ int RunCommand(const Options& options, const ClientSettings& settings,
             return RunCheck(context);
         case Command::kGraph:
             return RunGraph(context);
+        case Command::kHistory:
+            return RunHistory(context);
+        case Command::kWatch:
+            return RunWatch(context);
     }
     return kExitFailed;
 }

@@ -34,6 +34,10 @@ using service::kQueryDaemonStatusId;   // QueryFilter -> DaemonStatusReply
 using service::kQueryE2EInfoId;        // QueryFilter -> E2EListReply
 using service::kQueryFieldInfoId;      // QueryFilter -> FieldListReply
 using service::kQuerySampleTimeoutId;  // QueryFilter -> SampleTimeoutListReply
+using service::kQueryTimelineId;       // TimelineRequest -> TimelineReply
+
+// Events of the tools side:
+using service::kTimelineEventId;  // one TimelineEntry per new entry
 
 // Outcome of a tools call, the `code` of every reply.
 enum class ToolsCode : uint8_t {

@@ -8,3 +8,4 @@
 #include "orx/maintaind/tools/method_ids.h"
 #include "orx/maintaind/tools/replies.h"
 #include "orx/maintaind/tools/requests.h"
+#include "orx/maintaind/tools/timeline.h"
