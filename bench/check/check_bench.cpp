@@ -139,8 +139,8 @@ tools::MethodEntry Method(size_t pair, size_t k, bool isPub) {
 template <class Entry>
 void Put(std::map<md::daemon::EntityKey, Entry>& map, Entry entry, const std::string& name) {
     md::daemon::EntityKey key{
-        entry.appName, entry.pid,          entry.serviceName, name,
-        entry.isPub,   entry.instanceName, entry.serviceId,   entry.instanceId};
+        entry.appName, entry.pid,          "bench",         entry.serviceName, name,
+        entry.isPub,   entry.instanceName, entry.serviceId, entry.instanceId};
     map.emplace(std::move(key), std::move(entry));
 }
 
@@ -165,7 +165,8 @@ md::daemon::RegistryState MakeState(size_t processes, size_t perProcess) {
         node.entry.pid = static_cast<int32_t>(10000 + (isPub ? pair : pair + 1000));
         node.entry.host = "bench";
         node.entry.online = true;
-        state.nodes.emplace(md::daemon::NodeKey{node.entry.appName, node.entry.pid}, node);
+        state.nodes.emplace(
+            md::daemon::NodeKey{node.entry.appName, node.entry.pid, node.entry.host}, node);
     }
     return state;
 }

@@ -62,7 +62,7 @@ class Collector {
             if (!entry.online) {
                 continue;
             }
-            const auto node = state_.nodes.find(NodeKey{key.appName, key.pid});
+            const auto node = state_.nodes.find(NodeKey{key.appName, key.pid, key.host});
             if (node == state_.nodes.end() || !node->second.entry.online) {
                 continue;
             }

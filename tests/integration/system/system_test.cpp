@@ -200,6 +200,9 @@ TEST_F(SystemTest, ReportsShowInOrxmaintSurviveAKilledDaemonAndEndWithTheirProce
     daemon_->Signal(SIGKILL);
     ASSERT_EQ(daemon_->WaitForExit(10s), std::optional<int>(128 + SIGKILL));
     StartDaemon(176, /*fresh=*/false);
+    // Once a tool is answered, the new daemon's offer is known on the domain (the application
+    // discovers it no later than the tool, which starts after it).
+    ASSERT_EQ(Orxmaint({"status"}).exitCode, 0);
     apps_["radar"]->Signal(SIGTERM);
     ASSERT_EQ(apps_["radar"]->WaitForExit(15s), std::optional<int>(0));
     const Json after = JsonUntil({"nodes", "--app", "radar"}, [&](const Json& nodes) {
