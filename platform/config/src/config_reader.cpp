@@ -45,7 +45,7 @@ bool ToUnsignedIn(const nlohmann::json& value, uint64_t min, uint64_t max, uint6
         out = number;
         return true;
     }
-    reason = std::string(value.is_number_integer() ? "out of range, " : "") +
+    reason = std::string(value.is_number() ? "out of range, " : "") +
              "must be an integer from " + std::to_string(min) + " to " + std::to_string(max);
     return false;
 }
