@@ -1,6 +1,7 @@
 // maintaind: the maintenance daemon's process. Sets up logging, reads its settings once (orx.json
 // and the environment, as every process of the core does), loads the DFX plug-in (for the
-// maintenance service's DDS settings only), runs the daemon until SIGINT or SIGTERM. Under
+// maintenance service's DDS settings only), runs the daemon until SIGINT, SIGTERM or SIGHUP (all
+// three stop it cleanly with a stop line; the log file is never reopened). Under
 // systemd it reports readiness, feeds the watchdog and keeps its registry in the service's state
 // directory.
 #include <signal.h>
@@ -34,7 +35,7 @@ std::string DbPathOf(const std::string& fromCommandLine) {
     return dirs.substr(0, dirs.find(':')) + "/maintaind.db";
 }
 
-// Waits for SIGINT or SIGTERM, feeding systemd's watchdog meanwhile when it asks for that.
+// Waits for SIGINT, SIGTERM or SIGHUP, feeding systemd's watchdog meanwhile when it asks for that.
 int WaitForStop(const sigset_t& stopSignals,
                 const orx::maintaind::daemon::SystemdNotifier& notifier) {
     const auto period = notifier.FeedPeriod();
@@ -68,6 +69,7 @@ int main(int argc, char** argv) {
     sigemptyset(&stopSignals);
     sigaddset(&stopSignals, SIGINT);
     sigaddset(&stopSignals, SIGTERM);
+    sigaddset(&stopSignals, SIGHUP);  // a closed terminal or a reload request: stop cleanly
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
 
     log::LogLevel level = log::LogLevel::kInfo;
@@ -78,6 +80,13 @@ int main(int argc, char** argv) {
     }
 
     const auto process = vorx::vcc::app::SetUpMaintenanceProcess();
+    if (process.refusal) {
+        // Its error line is written; never offer the services in another domain or instance.
+        DaemonLog().LogFatal() << "[Maintaind][Not started][setting="
+                               << process.refusal->origin.Describe()
+                               << ", exitCode=" << orx::maintaind::daemon::kExitUsage << "]";
+        return orx::maintaind::daemon::kExitUsage;
+    }
     if (!process.pluginLoaded) {
         DaemonLog().LogWarn() << "[Maintaind][DFX plug-in not loaded: the maintenance services "
                                  "use the driver's default DDS settings]";

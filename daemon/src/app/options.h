@@ -18,8 +18,12 @@ struct CommandLine {
     uint32_t historyMaxAgeHours = 168;    // --history-max-age-hours (7 days)
 };
 
+// The exit code of a usage error (as orxmaint's), and of an invalid DDS domain or instance id.
+constexpr int kExitUsage = 2;
+
 // Parses argv. Returns the command line, or std::nullopt with `exitCode` set when the process
-// should end now (--help: 0 after printing the help; a usage error: non-zero after printing it).
+// should end now (--help: 0 after printing the help; a usage error, an invalid --instance-id or
+// an empty --db included: kExitUsage after printing it on stderr).
 std::optional<CommandLine> ParseCommandLine(int argc, char** argv, int& exitCode);
 
 // $XDG_STATE_HOME/orx/maintaind.db, else $HOME/.local/state/orx/maintaind.db, else

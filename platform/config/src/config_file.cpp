@@ -9,6 +9,7 @@
 
 #include "ara/kelda/common/orxConfigParser/config_reader.h"
 #include "config_log.h"
+#include "key_check.h"
 
 namespace ara::kelda::common::orxConfigParser {
 namespace {
@@ -84,7 +85,8 @@ std::string ParseReason(const std::string& what) {
 
 }  // namespace
 
-nlohmann::json LoadConfigDocument(const std::string& filePath, ConfigProblems* problems) {
+nlohmann::json LoadConfigDocument(const std::string& filePath, ConfigProblems* problems,
+                                  bool warnKeys) {
     auto log = detail::ConfigLog();
     // Writes the line of a problem that makes the whole file unusable, and keeps it.
     const auto refuse = [&](const std::string& reason, const std::string& line) {
@@ -128,6 +130,10 @@ nlohmann::json LoadConfigDocument(const std::string& filePath, ConfigProblems* p
                           "[OrxConfigParser][Config file does not hold a JSON object, treated as "
                           "not configured][file=" +
                               filePath + ", found=" + document.type_name() + "]");
+        }
+        if (warnKeys) {
+            detail::WarnDuplicateKeys(content, filePath);
+            detail::WarnUnknownKeys(document, filePath);
         }
         return document;
     } catch (const std::exception& e) {

@@ -35,13 +35,18 @@ bool AsUnsigned(const nlohmann::json& value, uint64_t& out) {
 }
 
 bool ToUnsigned(const nlohmann::json& value, uint64_t max, uint64_t& out, std::string& reason) {
+    return ToUnsignedIn(value, 0, max, out, reason);
+}
+
+bool ToUnsignedIn(const nlohmann::json& value, uint64_t min, uint64_t max, uint64_t& out,
+                  std::string& reason) {
     uint64_t number = 0;
-    if (AsUnsigned(value, number) && number <= max) {
+    if (AsUnsigned(value, number) && number >= min && number <= max) {
         out = number;
         return true;
     }
     reason = std::string(value.is_number() ? "out of range, " : "") +
-             "must be an integer from 0 to " + std::to_string(max);
+             "must be an integer from " + std::to_string(min) + " to " + std::to_string(max);
     return false;
 }
 
@@ -66,7 +71,11 @@ void ConfigProblems::Report(const std::string& headline, const std::string& key,
         return;
     }
     const std::string shown = value != nullptr ? DescribeValue(*value) : std::string();
-    std::string line = headline + "[file=" + filePath_ + ", key=" + key;
+    std::string line =
+        (StopsStart(key) ? std::string("[OrxConfigParser][Invalid config value, the process does "
+                                       "not start]")
+                         : headline) +
+        "[file=" + filePath_ + ", key=" + key;
     if (value != nullptr) {
         line += ", value=" + shown;
     }

@@ -1,5 +1,8 @@
 #include "ara/kelda/common/orxConfigParser/orx_config_parser.h"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdlib>
 
 #include "ara/kelda/common/orxConfigParser/config_reader.h"
@@ -19,7 +22,34 @@ void ReportUnexpected(const std::string& filePath, const char* what) {
                                     << filePath << ", reason=" << what << "]";
 }
 
+// A file that ORX_CONFIG names and that does not exist is a mistake worth one line; the default
+// file is optional.
+void WarnWhenNamedFileMissing(const std::string& filePath) {
+    const char* named = std::getenv(kConfigVariable);
+    if (named == nullptr || filePath != named || ::access(filePath.c_str(), F_OK) == 0 ||
+        errno != ENOENT) {
+        return;
+    }
+    detail::ConfigLog()->LogWarn()
+        << "[OrxConfigParser][Config file does not exist, nothing configured][file=" << filePath
+        << ", from=environment variable " << kConfigVariable << "]";
+}
+
 }  // namespace
+
+bool IsInstanceId(const std::string& text) {
+    if (text.empty() || text.size() > 5) {
+        return false;
+    }
+    uint32_t value = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9') {
+            return false;
+        }
+        value = value * 10 + static_cast<uint32_t>(c - '0');
+    }
+    return value <= 65535;
+}
 
 std::string ConfigFilePath() {
     const char* path = std::getenv(kConfigVariable);
@@ -54,15 +84,22 @@ ParseJsonToGetConfig::ParseJsonToGetConfig(const std::string& filePath)
     : filePath_(filePath), document_(nlohmann::json::object()), network_("", false) {
     ConfigReader reader(document_, filePath_);
     try {
-        document_ = LoadConfigDocument(filePath_, &reader.Problems());
+        document_ = LoadConfigDocument(filePath_, &reader.Problems(), true);
+        WarnWhenNamedFileMissing(filePath_);
         if (const nlohmann::json* id = reader.Find(keys::kInstanceId)) {
-            // Instance ids are texts; a plain non-negative number is accepted as its digits.
-            if (id->is_string()) {
-                instanceId_ = id->get<std::string>();
-            } else if (id->is_number_unsigned()) {
-                instanceId_ = std::to_string(id->get<uint64_t>());
+            // Instance ids are decimal texts; a plain non-negative number is accepted as its
+            // digits. Anything else would make the process look for the daemon elsewhere.
+            uint64_t number = 0;
+            std::string text;
+            if (AsUnsigned(*id, number)) {
+                text = std::to_string(number);
+            } else if (id->is_string()) {
+                text = id->get<std::string>();
+            }
+            if (IsInstanceId(text)) {
+                instanceId_ = text;
             } else {
-                reader.ReportInvalid(keys::kInstanceId, id, "must be a text");
+                reader.ReportInvalid(keys::kInstanceId, id, kInstanceIdRange);
             }
         }
         const std::string address = reader.GetString(keys::kNetworkAddress).value_or("");

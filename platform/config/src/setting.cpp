@@ -69,6 +69,20 @@ SettingOrigin SettingsReport::OriginOf(const std::string& setting) const {
     return found == origins.end() ? SettingOrigin::Default() : found->second;
 }
 
+const SettingProblem* SettingsReport::Blocking() const {
+    for (const auto& problem : problems) {
+        if (StopsStart(problem.origin.name)) {
+            return &problem;
+        }
+    }
+    return nullptr;
+}
+
+bool StopsStart(const std::string& setting) {
+    return setting == "dds.domainId" || setting == "ORX_DDS_DOMAIN" ||
+           setting == "maintenance.instanceId" || setting == "application.name";
+}
+
 EnvLookup ProcessEnvironment() {
     return [](const std::string& name) -> std::optional<std::string> {
         const char* value = std::getenv(name.c_str());
@@ -104,7 +118,9 @@ void RefuseEnvironmentValue(const std::string& variable, const std::string& rawV
                             const std::string& reason, SettingsReport* report) {
     const std::string value = Shorten(rawValue);
     detail::ConfigLog()->LogError()
-        << "[OrxConfigParser][Invalid environment variable, ignored]"
+        << (StopsStart(variable)
+                ? "[OrxConfigParser][Invalid environment variable, the process does not start]"
+                : "[OrxConfigParser][Invalid environment variable, ignored]")
         << "[variable=" << variable << ", value=" << value << ", reason=" << reason << "]";
     if (report != nullptr) {
         report->problems.push_back({SettingOrigin::Environment(variable), value, reason});

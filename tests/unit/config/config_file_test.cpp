@@ -75,3 +75,30 @@ TEST_F(ConfigFileTest, FileThatIsNoObjectOrCannotBeReadIsOneError) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(ConfigFileTest, UnknownAndDuplicatedKeysAreOneWarningEach) {
+    const std::string path = WriteFile(R"({
+        "dds": { "domainID": 3, "peers": [], "peers": ["127.0.0.1"] },
+        "aplication": { "name": "x" },
+        "services": [ { "anything": 1, "anything": 2 } ],
+        "maintenance": { "resourceAttributes": { "free": "form" } },
+        "frobnicate": true
+    })");
+    const ParseJsonToGetConfig config(path);
+    EXPECT_EQ(config.Document()["dds"]["peers"].size(), 1u);  // the last one counts
+    const std::string file = "[file=" + path + ", key=";
+    for (const std::string& line : {
+             "[Unknown key, ignored]" + file + "dds.domainID, didYouMean=dds.domainId]",
+             "[Unknown key, ignored]" + file + "aplication, didYouMean=application]",
+             "[Unknown key, ignored]" + file + "frobnicate]",
+             "[Duplicated key, the last value is used]" + file + "dds.peers]",
+             "[Duplicated key, the last value is used]" + file + "services[0].anything]",
+         }) {
+        EXPECT_EQ(capture_->CountContaining(LogLevel::kWarn, line), 1u) << line << capture_->Dump();
+    }
+    EXPECT_EQ(capture_->CountContaining(LogLevel::kWarn, ""), 5u) << capture_->Dump();
+}
+
+}  // namespace

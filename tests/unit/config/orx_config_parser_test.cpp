@@ -54,7 +54,9 @@ TEST_F(OrxConfigParserTest, EachMistypedValueIsOneErrorAndOnlyThatValueIsDropped
         "[OrxConfigParser][Invalid config value, treated as not configured][file=" + path +
         ", key=";
     const std::vector<std::string> expected = {
-        prefix + "maintenance.instanceId, value=true, reason=must be a text]",
+        "[OrxConfigParser][Invalid config value, the process does not start][file=" + path +
+            ", key=maintenance.instanceId, value=true, reason=must be a decimal number from 0 to "
+            "65535]",
         prefix + "maintenance.network.flag, value=\"yes\", reason=must be true or false]",
         prefix + "maintenance.resourceAttributes.count, value=3, reason=must be a text]",
     };
@@ -101,20 +103,19 @@ TEST_F(OrxConfigParserTest, ConfigVariableSelectsTheFileAndTheSharedInstanceRead
     EXPECT_EQ(ConfigFilePath(), "./orx.json");
 
     const std::string path = WriteFile(
-        R"({"maintenance": {"instanceId": "first"}, "dfx": {"sampleTimeoutThresholdMs": 20}})");
+        R"({"maintenance": {"instanceId": "7"}, "dfx": {"sampleTimeoutThresholdMs": 20}})");
     setenv("ORX_CONFIG", path.c_str(), 1);
     EXPECT_EQ(ConfigFilePath(), path);
     const auto instance = ParseJsonToGetConfig::GetInstance();
     EXPECT_EQ(instance->FilePath(), path);
-    EXPECT_EQ(instance->GetInstanceId(), "first");
+    EXPECT_EQ(instance->GetInstanceId(), "7");
     EXPECT_EQ(OrxConfigParser().GetSnapshotConfig().timeoutThreshold, 20u);
 
     // A fresh parser sees the file as it is now; the shared instance keeps what it read.
-    WriteFile(
-        R"({"maintenance": {"instanceId": "second"}, "dfx": {"sampleTimeoutThresholdMs": 30}})");
+    WriteFile(R"({"maintenance": {"instanceId": "8"}, "dfx": {"sampleTimeoutThresholdMs": 30}})");
     EXPECT_EQ(OrxConfigParser().GetSnapshotConfig().timeoutThreshold, 30u);
     EXPECT_EQ(ParseJsonToGetConfig::GetInstance(), instance);
-    EXPECT_EQ(instance->GetInstanceId(), "first");
+    EXPECT_EQ(instance->GetInstanceId(), "7");
 }
 
 }  // namespace

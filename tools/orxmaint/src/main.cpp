@@ -36,7 +36,12 @@ int main(int argc, char** argv) {
         return *exitCode;
     }
     SetUpLogging(options.verbose);
-    const orx::orxmaint::ClientSettings settings = orx::orxmaint::SetUpTransport(options);
+    int setUpExit = 0;
+    const auto transport = orx::orxmaint::SetUpTransport(options, setUpExit);
+    if (!transport) {
+        return setUpExit;
+    }
+    const orx::orxmaint::ClientSettings& settings = *transport;
 
     orx::orxmaint::RunEnvironment environment;
     environment.terminal = ::isatty(STDOUT_FILENO) == 1;

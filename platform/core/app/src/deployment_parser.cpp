@@ -1,5 +1,6 @@
 #include "vorx/vcc/app/deployment_parser.h"
 
+#include <cstdint>
 #include <set>
 
 #include "binding_parser.h"
@@ -131,15 +132,15 @@ class EntityBook {
 };
 
 bool ReadEntityId(EntityScope& scope, uint32_t& id) {
-    if (!scope.Required("entityId", id)) {
-        return false;
-    }
-    if (id == 0) {
-        const nlohmann::json value = id;
-        scope.Fail("entityId", &value, "must be an integer from 1 to 4294967295");
-        return false;
-    }
-    return true;
+    return scope.RequiredWith("entityId", id,
+                              [](const nlohmann::json& value, uint32_t& to, std::string& reason) {
+                                  uint64_t number = 0;
+                                  if (!config::ToUnsignedIn(value, 1, UINT32_MAX, number, reason)) {
+                                      return false;
+                                  }
+                                  to = static_cast<uint32_t>(number);
+                                  return true;
+                              });
 }
 
 void ParseEvents(EntityScope& scope, ServiceDeployment& service, EntityBook& book) {

@@ -1,6 +1,8 @@
 #include "dfx_reports.h"
 
+#include "app_log.h"
 #include "vorx/vcc/app/descriptions.h"
+#include "vorx/vcc/application_name.h"
 #include "vorx/vcc/orx_maintaind_interface.h"
 #include "vorx/vcc/register_dfx_interface.h"
 
@@ -9,6 +11,17 @@ namespace {
 
 std::shared_ptr<OrxMaintaindInterface> Maintaind() {
     return RegisterDfxInterface::GetOrxMaintaindInterface();
+}
+
+// The daemon answers a refused report with a bare code, so what the core can tell before
+// sending, it tells: a report without an application name is refused every time.
+void WarnWhenReportsWillBeRefused() {
+    if (ApplicationName::GetInstance()->GetAppName().empty()) {
+        AppLog()->LogWarn(ara::kelda::common::log::LogLimitConfig{60000, 1, "App_NoAppName"})
+            << "[App][maintaind refuses the reports of this process][setting=application.name, "
+               "value=, reason=not set in orx.json; the application does not appear in "
+               "orxmaint nodes]";
+    }
 }
 
 template <class Deployment>
@@ -25,6 +38,7 @@ std::vector<const Deployment*> Pointers(const std::vector<Deployment>& all) {
 
 void DfxReports::Node() const {
     if (auto maintaind = Maintaind()) {
+        WarnWhenReportsWillBeRefused();
         maintaind->RegisterNodePid(service_.serviceId);
     }
 }

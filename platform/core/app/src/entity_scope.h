@@ -82,6 +82,10 @@ class EntityScope {
         out = std::move(*value);
         return true;
     }
+
+  public:
+    // The value under `name` converted by `convert(value, out, reason)`; missing or refused: a
+    // failure of the entity.
     template <class T, class Convert>
     bool RequiredWith(const std::string& name, T& out, Convert convert) {
         const nlohmann::json* value = Find(name);
@@ -99,6 +103,7 @@ class EntityScope {
         return true;
     }
 
+  private:
     config::ConfigReader reader_;
     std::string what_;
     std::shared_ptr<bool> usable_;

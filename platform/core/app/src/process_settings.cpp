@@ -54,12 +54,16 @@ class Reader {
                                     std::string("must be one of ") + kLevelNames);
             }
         }
+        if (variable == nullptr) {
+            return;
+        }
         if (auto name = config::NonEmpty(env_, variable)) {
             if (kelda::ParseLevel(*name, &out)) {
                 Took(key, SettingOrigin::Environment(variable));
             } else {
                 config::RefuseEnvironmentValue(variable, *name,
-                                               std::string("must be one of ") + kLevelNames,
+                                               std::string("must be one of ") + kLevelNames +
+                                                   "; the level stays " + kelda::LevelName(out),
                                                &settings_.report);
             }
         }
@@ -115,7 +119,16 @@ ProcessSettings LoadProcessSettings(const config::ParseJsonToGetConfig& file,
     try {
         Reader reader(file, env, settings);
         reader.Text("application.name", nullptr, settings.appName);
-        reader.Level("application.logLevel", "ORX_LOG_LEVEL", settings.logLevel);
+        if (settings.appName.size() > kMaxAppNameLength) {
+            // The daemon would refuse every report of a name this long; say so before starting.
+            reader.File().ReportInvalid(
+                "application.name", reader.File().Find("application.name"),
+                "must be a text of at most " + std::to_string(kMaxAppNameLength) + " characters");
+            settings.appName.clear();
+        }
+        reader.Level("application.logLevel",
+                     defaults.logLevelFromEnvironment ? "ORX_LOG_LEVEL" : nullptr,
+                     settings.logLevel);
         reader.Text("application.logFile", "ORX_LOG_FILE", settings.logFile);
         reader.Flag("log.dlt", "ORX_LOG_DLT", settings.logDlt);
         reader.Text("log.dltAppId", "ORX_LOG_DLT_APP_ID", settings.dltAppId);
@@ -147,11 +160,19 @@ void ApplyProcessSettings(const ProcessSettings& settings) {
 MaintenanceProcess SetUpMaintenanceProcess(const std::function<void(ProcessSettings&)>& adjust) {
     ProcessDefaults defaults;
     defaults.ddsDriver = "dds";
+    defaults.logLevelFromEnvironment = false;  // the caller's log set-up read ORX_LOG_LEVEL
     MaintenanceProcess process;
     process.settings = LoadProcessSettings(*config::ParseJsonToGetConfig::GetInstance(),
                                            config::ProcessEnvironment(), defaults);
     if (adjust) {
         adjust(process.settings);
+    }
+    for (const auto& problem : process.settings.report.problems) {
+        // The maintenance processes report under no application name of their own.
+        if (config::StopsStart(problem.origin.name) && problem.origin.name != "application.name") {
+            process.refusal = problem;
+            return process;
+        }
     }
     // Before the plug-in loads, so that its lines reach DLT too.
     if (process.settings.logDlt) {

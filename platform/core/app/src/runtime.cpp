@@ -73,6 +73,13 @@ Runtime::Runtime(const Options& options) : state_(std::make_unique<State>()) {
     if (settings.logDlt) {
         kelda::EnableDlt(settings.dltAppId, settings.logLevel);
     }
+    if (const auto* blocking = settings.report.Blocking()) {
+        detail::AppLog()->LogFatal()
+            << "[App][Not started][setting=" << blocking->origin.Describe()
+            << ", value=" << blocking->value << ", reason=" << blocking->reason
+            << ", exitCode=" << kExitInvalidSettings << "]";
+        std::exit(kExitInvalidSettings);
+    }
 
     DeploymentParseResult parsed = ParseDeployments(parser->Document(), settings.configPath);
     state_->deployments = std::move(parsed.services);

@@ -100,17 +100,18 @@ class DdsSection {
   private:
     // An integer from `min` to `max`, or nullopt (refused when present).
     std::optional<uint32_t> Number(const std::string& key, uint32_t min, uint32_t max) {
-        const auto value = file_.GetUint32(key);
-        if (!value) {
+        const nlohmann::json* value = file_.Find(key);
+        uint64_t number = 0;
+        std::string reason;
+        if (value == nullptr) {
             return std::nullopt;
         }
-        if (*value < min || *value > max) {
-            Refuse(key, "out of range, must be an integer from " + std::to_string(min) + " to " +
-                            std::to_string(max));
+        if (!config::ToUnsignedIn(*value, min, max, number, reason)) {
+            Refuse(key, reason);
             return std::nullopt;
         }
         Took(key);
-        return value;
+        return static_cast<uint32_t>(number);
     }
     void Refuse(const std::string& key, const std::string& reason) {
         file_.ReportInvalid(key, file_.Find(key), reason);

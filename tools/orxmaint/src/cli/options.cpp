@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/command_word.h"
 #include "cli/duration.h"
 #include "cli/service_selector.h"
 
@@ -209,8 +210,15 @@ std::optional<int> ParseCommandLine(int argc, const char* const* argv, Options& 
     AddGlobalOptions(app, options);
     const Commands commands = AddCommands(app, options);
     app.footer(
-        "Exit codes: 0 success, 1 maintaind not reachable or the query failed (check: a contract "
-        "error was found, with --strict also a warning), 2 usage error.");
+        "Exit codes: 0 success, 1 maintaind not reachable, the query failed or the tool's own "
+        "DDS participant cannot start (check: a contract error was found, with --strict also a "
+        "warning), 2 usage error or an invalid DDS domain or instance id in the environment or "
+        "orx.json.");
+    const std::string unknown = FindUnknownCommand(app, argc, argv);
+    if (!unknown.empty()) {
+        err << unknown << "\nRun with --help for more information.\n";
+        return 2;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {

@@ -28,9 +28,12 @@ class ConfigProblems;
 // Loads a configuration file. Returns the parsed JSON object; returns {} when the file is
 // missing (one debug line) or cannot be read, is not valid JSON, or does not hold an object
 // (one error line on the "CM" logger naming the file, with line and column for a syntax error,
-// also recorded in `problems` when given). Never throws.
+// also recorded in `problems` when given). With `warnKeys`, a loaded file also gets one warning
+// per duplicated key and per key no reader knows (with a close known key as "didYouMean").
+// Never throws.
 ORX_CONFIG_EXPORT nlohmann::json LoadConfigDocument(const std::string& filePath,
-                                                    ConfigProblems* problems = nullptr);
+                                                    ConfigProblems* problems = nullptr,
+                                                    bool warnKeys = false);
 
 // Names of the values a setting written as a word may take, with what each stands for.
 template <class T>
@@ -46,6 +49,9 @@ ORX_CONFIG_EXPORT bool AsUnsigned(const nlohmann::json& value, uint64_t& out);
 // An integer from 0 to `max`.
 ORX_CONFIG_EXPORT bool ToUnsigned(const nlohmann::json& value, uint64_t max, uint64_t& out,
                                   std::string& reason);
+// An integer from `min` to `max`; the reason names exactly that range.
+ORX_CONFIG_EXPORT bool ToUnsignedIn(const nlohmann::json& value, uint64_t min, uint64_t max,
+                                    uint64_t& out, std::string& reason);
 // A short rendering of a value for messages: scalars as JSON (cut after 80 characters),
 // containers by their kind ("<array>"), so a huge value never floods the log.
 ORX_CONFIG_EXPORT std::string DescribeValue(const nlohmann::json& value);
@@ -110,7 +116,9 @@ class ORX_CONFIG_EXPORT ConfigProblems {
     explicit ConfigProblems(std::string filePath);
 
     // Writes "<headline>[file=F, key=K, value=V, reason=R]" (without ", value=V" when `value` is
-    // null: a missing value) and keeps it, unless a problem of `key` was reported before.
+    // null: a missing value) and keeps it, unless a problem of `key` was reported before. A key
+    // that StopsStart gets the headline "[OrxConfigParser][Invalid config value, the process does
+    // not start]" instead.
     void Report(const std::string& headline, const std::string& key, const nlohmann::json* value,
                 const std::string& reason);
     // Keeps a problem that its finder has written already.

@@ -16,7 +16,8 @@
 // Readers of the application's configuration file orx.json (schema: docs/orx-json.md).
 //
 // Common rules of every reader here:
-//   - A missing file means "not configured" everywhere: 0, empty texts, empty maps.
+//   - A missing file means "not configured" everywhere: 0, empty texts, empty maps. When
+//     ORX_CONFIG names the missing file, one warning line says so.
 //   - A file that cannot be read, is not valid JSON or does not hold a JSON object gives one
 //     error line on the "CM" logger (naming the file, and line and column for a syntax error)
 //     and the whole file counts as not configured.
@@ -28,6 +29,10 @@ namespace ara::kelda::common::orxConfigParser {
 // The file every reader uses unless told another: $ORX_CONFIG when set and non-empty, else
 // "./orx.json".
 ORX_CONFIG_EXPORT std::string ConfigFilePath();
+
+// True for an instance id of the maintenance services: a decimal number from 0 to 65535.
+ORX_CONFIG_EXPORT bool IsInstanceId(const std::string& text);
+inline constexpr const char* kInstanceIdRange = "must be a decimal number from 0 to 65535";
 
 struct SnapshotConfig {
     uint32_t timeoutThreshold = 0;  // sample-timeout threshold in ms, 0 = not configured

@@ -49,7 +49,15 @@ struct ORX_CONFIG_EXPORT SettingsReport {
 
     // Where `setting` came from; SettingOrigin::Default() when nothing set it.
     SettingOrigin OriginOf(const std::string& setting) const;
+    // The first refused value of a setting that StopsStart, or null: the process must not start.
+    const SettingProblem* Blocking() const;
 };
+
+// True for the settings that decide which system a process joins or how it is known there
+// (dds.domainId and ORX_DDS_DOMAIN, maintenance.instanceId, application.name). A process never
+// runs on with another value than the one asked for: a refused value of one of them ends the
+// start, and its error line says so. `setting` is an orx.json key or a variable.
+ORX_CONFIG_EXPORT bool StopsStart(const std::string& setting);
 
 // Reads an environment variable; std::nullopt when it is not set.
 using EnvLookup = std::function<std::optional<std::string>(const std::string& name)>;
@@ -63,7 +71,8 @@ ORX_CONFIG_EXPORT std::optional<std::string> NonEmpty(const EnvLookup& env,
                                                       const std::string& variable);
 
 // Refuses the value of an environment variable: writes one error line on the "CM" logger,
-// "[OrxConfigParser][Invalid environment variable, ignored][variable=V, value=X, reason=R]",
+// "[OrxConfigParser][Invalid environment variable, ignored][variable=V, value=X, reason=R]"
+// ("..., the process does not start]" for a variable that StopsStart),
 // and records the problem in `report` (may be null).
 ORX_CONFIG_EXPORT void RefuseEnvironmentValue(const std::string& variable, const std::string& value,
                                               const std::string& reason, SettingsReport* report);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "ara/kelda/common/log/log_level.h"
@@ -56,12 +57,21 @@ struct ProcessDefaults {
     std::string ddsDriver{kInProcessDriverName};
     std::string pluginPath;
     std::string maintenanceInstanceId{"1"};
+    // False for processes whose log set-up reads (and reports) ORX_LOG_LEVEL itself, so that a
+    // bad value is reported once.
+    bool logLevelFromEnvironment{true};
 };
+
+// The longest application name accepted: the name is the key of every maintenance report.
+constexpr size_t kMaxAppNameLength = 255;
 
 // Reads the settings from `file` (the process's orx.json as ParseJsonToGetConfig read it: its
 // document, and the maintenance keys it reads itself) and `env`. Every refused value is logged
 // once (one error line naming the file and key, or the variable) and recorded in the report;
-// its setting keeps its default. Never throws.
+// its setting keeps its default; a refused value of a setting that decides which system the
+// process joins (ara::kelda::common::orxConfigParser::StopsStart: the DDS domain, the
+// maintenance instance, the application name) is in report.Blocking(), and the caller must not
+// start. Never throws.
 VCC_EXPORT ProcessSettings
 LoadProcessSettings(const ara::kelda::common::orxConfigParser::ParseJsonToGetConfig& file,
                     const ara::kelda::common::orxConfigParser::EnvLookup& env,
@@ -81,9 +91,13 @@ VCC_EXPORT void ApplyProcessSettings(const ProcessSettings& settings);
 // for it (at the console's threshold, which the caller set up), and the DFX plug-in loaded (the
 // one beside the executable, else the configured one) for the maintenance services' DDS
 // settings, without initialising it: these processes never report themselves.
+// When a setting that decides where the maintenance services are (the DDS domain, the
+// maintenance instance) was refused, `refusal` holds it, nothing is handed to the modules and no
+// plug-in is loaded: the caller must end with exit code 2 (its error line is written already).
 struct MaintenanceProcess {
     ProcessSettings settings;
     bool pluginLoaded{false};
+    std::optional<ara::kelda::common::orxConfigParser::SettingProblem> refusal;
 };
 VCC_EXPORT MaintenanceProcess
 SetUpMaintenanceProcess(const std::function<void(ProcessSettings&)>& adjust = {});

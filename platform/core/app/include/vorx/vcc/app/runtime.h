@@ -24,6 +24,10 @@ namespace vorx::vcc::app {
 //      which reads orx.json itself, reads the same file. A missing or broken file means
 //      "nothing configured" (logged), never a failure.
 //   2. The process's settings (process_settings.h): read once, every refused value logged once.
+//      A refused DDS domain (ORX_DDS_DOMAIN, "dds.domainId"), "maintenance.instanceId" or
+//      "application.name" ends the process here with exit code kExitInvalidSettings (2) after
+//      one fatal line: it never runs on in another system, or under a name the maintenance
+//      daemon refuses, than the one asked for.
 //   3. Logging: set up with "application.name" (or "orx-app"), the level (ORX_LOG_LEVEL, else
 //      "application.logLevel", else info) and the log file (ORX_LOG_FILE, else
 //      "application.logFile"), and DLT when ORX_LOG_DLT or "log.dlt" ask for it (application id
@@ -39,6 +43,9 @@ namespace vorx::vcc::app {
 // One Runtime per process, made before any other use of the core and kept until the end of main;
 // a second one is refused (warning, and it reads nothing). Its providers and consumers may
 // outlive it. Thread-safe after construction.
+// The exit code of a process whose Runtime refused to start on invalid settings.
+constexpr int kExitInvalidSettings = 2;
+
 class VCC_EXPORT Runtime {
   public:
     struct Options {
