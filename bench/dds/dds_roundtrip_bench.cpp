@@ -266,9 +266,15 @@ int main(int argc, char** argv) {
     std::printf("DDS round trip, request %zu bytes, reply %zu bytes, %d rounds\n", request.size(),
                 vorx::serialize::Encode(ReturnCode{0}).size(), options.rounds);
     Run(*driver, handle, request, options.warmup, true);
-    Print("blocking", Summarize(Run(*driver, handle, request, options.rounds, false)));
-    Print("chained", Summarize(Run(*driver, handle, request, options.rounds, true)));
+    const Stats blocking = Summarize(Run(*driver, handle, request, options.rounds, false));
+    const Stats chained = Summarize(Run(*driver, handle, request, options.rounds, true));
+    Print("blocking", blocking);
+    Print("chained", chained);
     kill(server, SIGKILL);
     waitpid(server, nullptr, 0);
+    std::printf(
+        "RESULT {\"requestBytes\":%zu,\"rounds\":%d,\"blockingP50Us\":%.1f,"
+        "\"blockingP99Us\":%.1f,\"chainedP50Us\":%.1f,\"chainedP99Us\":%.1f}\n",
+        request.size(), options.rounds, blocking.p50, blocking.p99, chained.p50, chained.p99);
     return 0;
 }

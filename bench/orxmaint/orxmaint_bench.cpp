@@ -201,5 +201,10 @@ int main(int argc, char** argv) {
         }
         begin = end == std::string::npos ? detail.err.size() : end + 1;
     }
+    std::printf(
+        "RESULT {\"entities\":%zu,\"full\":%s,\"runs\":%d,\"wallMedianMs\":%.1f,"
+        "\"wallMaxMs\":%.1f,\"cpuMedianMs\":%.1f,\"outputBytes\":%zu}\n",
+        entities, full ? "true" : "false", runs, times[times.size() / 2], times.back(),
+        cpuTimes[cpuTimes.size() / 2], warm.out.size());
     return 0;
 }
